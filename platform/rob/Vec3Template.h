@@ -1,0 +1,15 @@
+#pragma once
+
+namespace trel::rob {
+
+/// A point or a direction in space. Positions of a station are in mm.
+template <typename T>
+struct Vec3Template {
+    T x{};
+    T y{};
+    T z{};
+
+    friend bool operator==(const Vec3Template&, const Vec3Template&) = default;
+};
+
+}  // namespace trel::rob

@@ -1,0 +1,15 @@
+#pragma once
+
+namespace trel::rob {
+
+/// Three numbers along the axes, in the unit of whoever reads them.
+template <typename T>
+struct XYZTemplate {
+    T x{};
+    T y{};
+    T z{};
+
+    friend bool operator==(const XYZTemplate&, const XYZTemplate&) = default;
+};
+
+}  // namespace trel::rob

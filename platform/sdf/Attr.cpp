@@ -1,0 +1,48 @@
+#include "platform/sdf/Attr.h"
+
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+#include "platform/rob/PoseTemplate.h"
+#include "platform/rob/Vec3Template.h"
+
+namespace sdf {
+
+Attr::Attr(std::string_view name, std::string_view type, std::any value, bool persistent)
+    : name_(name), value_(std::move(value)), persistent_(persistent) {
+    if (Type(value_.type()) != type)
+        throw std::invalid_argument("a value of type " + Type(value_.type()) + " is no " +
+                                    std::string(type));
+}
+
+Attr::~Attr() = default;
+
+void Attr::set(const std::any& value) {
+    Type(value.type());  // may throw: the old value stays
+    value_ = value;
+}
+
+const std::string& Attr::Type(const std::type_info& type) {
+    struct Entry {
+        const std::type_info* type;
+        std::string name;
+    };
+    // Never destroyed: elements are written to until the very end of a process.
+    static const auto& names = *new std::array<Entry, 8>{{
+        {&typeid(int), "int"},
+        {&typeid(double), "double"},
+        {&typeid(std::string), "string"},
+        {&typeid(bool), "bool"},
+        {&typeid(unsigned), "uint"},
+        {&typeid(unsigned long long), "uint64"},
+        {&typeid(trel::rob::Vec3Template<double>), "vec3"},
+        {&typeid(trel::rob::PoseTemplate<double>), "pose"},
+    }};
+    for (const Entry& entry : names)
+        if (*entry.type == type) return entry.name;
+    throw std::invalid_argument(
+        std::string("the document does not hold values of the program type ") + type.name());
+}
+
+}  // namespace sdf

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/sdf/Element.h"
+
+namespace sdf {
+
+/// Why a file cannot be read or written. what() is one line: "FILE:LINE:COLUMN:
+/// what is wrong; what is expected", without line and column where there is no
+/// such place.
+class DocumentError : public std::runtime_error {
+public:
+    DocumentError(const std::string& file, Element::Place place, const std::string& fault);
+
+    const std::string& file() const { return file_; }
+    Element::Place place() const { return place_; }
+    /// The message without the place.
+    const std::string& fault() const { return fault_; }
+
+private:
+    std::string file_;
+    Element::Place place_;
+    std::string fault_;
+};
+
+/// A document file: a root element, and the notes around it. Its form is made to
+/// be read and compared by people, one key or value to a line:
+///
+///     <signal id="1">
+///       <name string="Start" />
+///       <value int="0" />
+///     </signal>
+///
+/// The attributes "id" and "name" are the object id and name; an attribute named
+/// after a type of value (see valuetext) is the element's own value in that type;
+/// any other attribute, comment and element is kept as it is. UTF-8 throughout.
+class Document {
+public:
+    /// Deeper nesting is refused, when reading and when writing.
+    static constexpr unsigned maxDepth = 256;
+
+    /// Reads a whole file.
+    /// \throws DocumentError for a file that cannot be read or is no document.
+    static Document read(const std::filesystem::path& file);
+
+    /// The same from text; `name` stands for the file in messages.
+    static Document fromText(std::string_view text, const std::string& name);
+
+    explicit Document(std::shared_ptr<Element> root);
+
+    const std::shared_ptr<Element>& root() const { return root_; }
+
+    /// Says which elements are left out of the text with all that they contain.
+    using LeftOut = std::function<bool(const Element&)>;
+
+    /// The document in its own form.
+    /// \throws DocumentError for text that XML cannot hold.
+    std::string text(const LeftOut& leftOut = {}) const;
+
+    /// Writes the text to a file. A temporary file in the same folder is written,
+    /// synced and renamed, and the folder synced: whenever the power goes, the
+    /// old file or the new one is there, whole. A link is followed, and the
+    /// permissions of an old file are kept.
+    /// \throws DocumentError when that fails; the old file is then unchanged and
+    /// the temporary one gone.
+    void save(const std::filesystem::path& file, const LeftOut& leftOut = {}) const;
+
+private:
+    std::shared_ptr<Element> root_;
+    std::vector<std::shared_ptr<Element>> before_;  // notes ahead of the root
+    std::vector<std::shared_ptr<Element>> after_;   // and behind it
+};
+
+}  // namespace sdf

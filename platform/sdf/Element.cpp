@@ -1,0 +1,350 @@
+#include "platform/sdf/Element.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+
+#include "platform/sdf/Subscribers.h"
+#include "platform/sdf/ValueText.h"
+#include "platform/sdf/XmlText.h"
+
+namespace sdf {
+
+namespace {
+
+constexpr std::string_view valueKey = "value";
+
+// With more children than this, keys are found through an index.
+constexpr std::size_t fewChildren = 16;
+
+// Never destroyed: elements are written to until the very end of a process.
+Subscribers<ValueObserver>& observers() {
+    static auto* const all = new Subscribers<ValueObserver>;
+    return *all;
+}
+
+struct TextHash : std::hash<std::string_view> {
+    using is_transparent = void;
+};
+
+}  // namespace
+
+/// The first and the last child of each tag; the children of one tag are linked
+/// among themselves, in document order.
+class Element::TagIndex {
+public:
+    void add(Element& child, Element* nextAlike) {
+        Ends& ends = byTag_.try_emplace(child.tag_).first->second;
+        child.nextAlike_ = nextAlike;
+        child.prevAlike_ = nextAlike ? nextAlike->prevAlike_ : ends.last;
+        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = &child;
+        (nextAlike ? nextAlike->prevAlike_ : ends.last) = &child;
+    }
+
+    void remove(Element& child) {
+        const auto entry = byTag_.find(child.tag_);
+        Ends& ends = entry->second;
+        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = child.nextAlike_;
+        (child.nextAlike_ ? child.nextAlike_->prevAlike_ : ends.last) = child.prevAlike_;
+        child.prevAlike_ = child.nextAlike_ = nullptr;
+        if (!ends.first) byTag_.erase(entry);
+    }
+
+    Element* first(std::string_view tag) const {
+        const auto entry = byTag_.find(tag);
+        return entry == byTag_.end() ? nullptr : entry->second.first;
+    }
+
+private:
+    struct Ends {
+        Element* first = nullptr;
+        Element* last = nullptr;
+    };
+    std::unordered_map<std::string, Ends, TextHash, std::equal_to<>> byTag_;
+};
+
+std::shared_ptr<Element> Element::Create(std::string_view tag) {
+    if (!xml::isName(tag))
+        throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
+    return std::make_shared<Element>(Key{}, Kind::Element, tag);
+}
+
+std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
+                                             std::string_view text) {
+    const bool isNamed = kind == Kind::Attribute || kind == Kind::Instruction;
+    if (isNamed && !xml::isName(tag))
+        throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
+    auto note = std::make_shared<Element>(Key{}, kind, tag);
+    note->attr_ = std::make_unique<Attr>(tag, "string", std::string(text), true);
+    return note;
+}
+
+Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) {}
+
+Element::~Element() {
+    // Neither a long row nor a deep tree may recurse: the children of a dying
+    // child join the row that is taken apart here.
+    std::shared_ptr<Element> row = std::move(first_);
+    Element* last = last_;
+    while (row) {
+        Element& child = *row;
+        if (row.use_count() == 1 && child.first_) {
+            last->next_ = std::move(child.first_);
+            last = std::exchange(child.last_, nullptr);
+        }
+        child.parent_ = child.prev_ = child.nextAlike_ = child.prevAlike_ = nullptr;
+        row = std::exchange(child.next_, nullptr);
+    }
+}
+
+std::shared_ptr<Element> Element::parent() const {
+    return parent_ ? parent_->shared_from_this() : nullptr;
+}
+
+std::string Element::path() const {
+    std::vector<const Element*> line;
+    for (const Element* e = this; e; e = e->parent_) line.push_back(e);
+    std::string path;
+    for (auto e = line.rbegin(); e != line.rend(); ++e) {
+        if (!path.empty()) path += '/';
+        path += (*e)->tag_;
+        if ((*e)->name_)
+            path += ' ' + *(*e)->name_;
+        else if ((*e)->id_ != 0)
+            path += ' ' + std::to_string((*e)->id_);
+    }
+    return path;
+}
+
+const std::string& Element::name() const {
+    static const auto& none = *new std::string;
+    return name_ ? *name_ : none;
+}
+
+void Element::setName(std::string name) { name_ = std::move(name); }
+
+unsigned Element::getId(bool orZero) const {
+    if (id_ == 0 && !orZero) throw std::logic_error(path() + " has no object id");
+    return id_;
+}
+
+std::shared_ptr<Element> Element::setId(unsigned id) {
+    id_ = id;
+    return shared_from_this();
+}
+
+std::shared_ptr<Element> Element::touch(std::string_view name) {
+    if (name.empty()) return shared_from_this();
+    if (Element* const key = find(name)) return key->shared_from_this();
+    return append(name);
+}
+
+std::shared_ptr<Element> Element::get(std::string_view name) {
+    if (name.empty()) return shared_from_this();
+    Element* const key = find(name);
+    return key ? key->shared_from_this() : nullptr;
+}
+
+std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
+    std::vector<std::shared_ptr<Element>> found;
+    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_.get())
+        if (e->kind_ == Kind::Element && e->tag_ == name) found.push_back(e->shared_from_this());
+    return found;
+}
+
+std::shared_ptr<Element> Element::append(std::string_view tag) {
+    auto child = Create(tag);
+    insertBefore(child, nullptr);
+    return child;
+}
+
+std::shared_ptr<Element> Element::append(std::shared_ptr<Element> child) {
+    if (!child) throw std::invalid_argument("a null element cannot be appended to " + path());
+    if (child.get() == this) throw std::invalid_argument(path() + " cannot stand inside itself");
+    for (const Element* e = child->first_ ? this : nullptr; e; e = e->parent_)
+        if (e == child.get())
+            throw std::invalid_argument(child->path() + " cannot stand inside itself");
+    child->removeFromParent();
+    // No two attributes have one name.
+    if (child->kind_ == Kind::Attribute && find(child->tag_)) child->kind_ = Kind::Element;
+    insertBefore(child, nullptr);
+    return child;
+}
+
+std::shared_ptr<Element> Element::appendObject(std::string_view tag, unsigned id,
+                                               std::string_view name) {
+    auto object = Create(tag);
+    object->id_ = id;
+    object->name_ = name;
+    insertBefore(object, nullptr);
+    return object;
+}
+
+void Element::removeFromParent() {
+    if (parent_) parent_->takeOut(*this);
+}
+
+void Element::moveBefore(Element& child, const Element* next) {
+    if (&child == next || child.next_.get() == next) return;
+    Element* const place = next ? const_cast<Element*>(next) : nullptr;
+    insertBefore(takeOut(child), place);
+}
+
+void Element::insertBefore(std::shared_ptr<Element> child, Element* next) {
+    Element& e = *child;
+    // Everything that may throw comes first.
+    const bool isNote = e.kind_ != Kind::Element && e.kind_ != Kind::Attribute;
+    if (!index_ && childCount_ >= fewChildren) {
+        auto index = std::make_unique<TagIndex>();
+        for (Element* c = first_.get(); c; c = c->next_.get())
+            if (!c->tag_.empty()) index->add(*c, nullptr);
+        index_ = std::move(index);
+    }
+    Element* alike = next;
+    while (index_ && alike && alike->tag_ != e.tag_) alike = alike->next_.get();
+    if (index_ && !e.tag_.empty()) index_->add(e, alike);
+
+    if (!isNote && e.tag_ == valueKey && attr_) {
+        // Into the innermost key "value" that it brings along.
+        Element& inner = e.holder();
+        if (!inner.attr_) inner.attr_ = std::move(attr_);
+        attr_.reset();
+    }
+    e.parent_ = this;
+    e.prev_ = next ? next->prev_ : last_;
+    std::shared_ptr<Element>& slot = e.prev_ ? e.prev_->next_ : first_;
+    e.next_ = std::move(slot);
+    slot = std::move(child);
+    (next ? next->prev_ : last_) = &e;
+    ++childCount_;
+}
+
+std::shared_ptr<Element> Element::takeOut(Element& child) {
+    if (index_ && !child.tag_.empty()) index_->remove(child);
+    std::shared_ptr<Element>& slot = child.prev_ ? child.prev_->next_ : first_;
+    std::shared_ptr<Element> taken = std::move(slot);
+    (child.next_ ? child.next_->prev_ : last_) = child.prev_;
+    slot = std::move(child.next_);
+    child.prev_ = child.parent_ = nullptr;
+    --childCount_;
+    return taken;
+}
+
+// The first node of that tag; notes have tags that are no keys.
+Element* Element::find(std::string_view name) const {
+    if (index_) {
+        Element* e = index_->first(name);
+        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
+        return e;
+    }
+    for (Element* e = first_.get(); e; e = e->next_.get())
+        if (e->tag_ == name && e->kind_ != Kind::Instruction) return e;
+    return nullptr;
+}
+
+const Element& Element::holder() const {
+    const Element* e = this;
+    while (const Element* const inner = e->find(valueKey)) e = inner;
+    return *e;
+}
+
+Element& Element::holder() { return const_cast<Element&>(std::as_const(*this).holder()); }
+
+const std::any& Element::value() const {
+    static const auto& none = *new std::any;
+    const Element& e = holder();
+    return e.attr_ ? e.attr_->value() : none;
+}
+
+const std::any& Element::valueOf(std::string_view name) const {
+    static const auto& none = *new std::any;
+    if (name.empty()) return value();
+    if (const Element* const key = find(name)) return key->value();
+    return name == valueKey ? value() : none;
+}
+
+template <typename T>
+T Element::as(std::string_view name) const {
+    try {
+        return valuetext::convert<T>(valueOf(name));
+    } catch (const std::invalid_argument& error) {
+        throw std::invalid_argument(path() + (name.empty() ? "" : "/") + std::string(name) + ": " +
+                                    error.what());
+    }
+}
+
+int Element::asInt(std::string_view name) const { return as<int>(name); }
+unsigned Element::asUInt(std::string_view name) const { return as<unsigned>(name); }
+unsigned long long Element::asUInt64(std::string_view name) const {
+    return as<unsigned long long>(name);
+}
+double Element::asDouble(std::string_view name) const { return as<double>(name); }
+bool Element::asBool(std::string_view name) const { return as<bool>(name); }
+std::string Element::asString(std::string_view name) const { return as<std::string>(name); }
+trel::rob::Vec3Template<double> Element::asVec3(std::string_view name) const {
+    return as<trel::rob::Vec3Template<double>>(name);
+}
+trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
+    return as<trel::rob::PoseTemplate<double>>(name);
+}
+
+void Element::setValue(std::any value) {
+    Element& e = holder();
+    if (!value.has_value())
+        e.attr_.reset();
+    else if (e.attr_)
+        e.attr_->set(value);
+    else
+        e.attr_ = std::make_unique<Attr>(e.tag_, Attr::Type(value.type()), value, true);
+    observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
+}
+
+void Element::restoreValue(std::any value) {
+    Element& e = holder();
+    e.attr_ = std::make_unique<Attr>(e.tag_, Attr::Type(value.type()), std::move(value), true);
+}
+
+void Element::setValueFromString(std::string_view text) {
+    const Element& e = holder();
+    setValue(e.attr_ ? valuetext::parse(e.attr_->type(), text) : std::any(std::string(text)));
+}
+
+std::string Element::getStringFromValue() const { return valuetext::render(value()); }
+
+void Element::addAttribute(std::string_view name, std::string_view type,
+                           std::string_view value) {
+    std::any parsed = valuetext::parse(type, value);
+    auto key = get(name);
+    if (!key) {
+        key = Create(name);
+        key->kind_ = Kind::Attribute;
+        insertBefore(key, nullptr);
+    }
+    key->setValue(std::move(parsed));
+}
+
+void Element::Subscribe(ValueObserver& observer) { observers().add(observer); }
+
+void Element::Unsubscribe(ValueObserver& observer) { observers().remove(observer); }
+
+ElementMirror::ElementMirror(std::shared_ptr<Element> element) : element_(std::move(element)) {
+    if (!element_) throw std::invalid_argument("a document object needs an element");
+    ++element_->mirrors_;
+}
+
+ElementMirror::ElementMirror(const ElementMirror& other) : element_(other.element_) {
+    ++element_->mirrors_;
+}
+
+ElementMirror& ElementMirror::operator=(const ElementMirror& other) {
+    ++other.element_->mirrors_;
+    --element_->mirrors_;
+    element_ = other.element_;
+    return *this;
+}
+
+ElementMirror::~ElementMirror() { --element_->mirrors_; }
+
+}  // namespace sdf

@@ -1,0 +1,228 @@
+#pragma once
+
+#include <any>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/rob/PoseTemplate.h"
+#include "platform/rob/Vec3Template.h"
+#include "platform/sdf/Attr.h"
+
+namespace sdf {
+
+class Element;
+
+/// One who is told of every value that is written to the document, after it
+/// stands there. May write and unsubscribe while being told.
+class ValueObserver {
+public:
+    virtual ~ValueObserver() = default;
+    virtual void valueWritten(Element& element, const std::any& value) = 0;
+};
+
+/// A node of the document tree: a tag, a typed value of its own, and children
+/// in order. Keys ("unit", "index") are children that hold a value; an
+/// attribute is a key too, and is found by name like a child.
+///
+/// The parent owns its children; an element taken out lives on while pointers
+/// to it remain. The key "value" and the element's own value are one: where a
+/// child "value" stands, it holds it.
+///
+/// Finding a key, taking a child out and appending one cost the same however
+/// many siblings there are.
+class Element : public std::enable_shared_from_this<Element> {
+    struct Key {};  // only Create makes elements
+
+public:
+    /// A place in a file, both counted from 1; 0 in an element that a program
+    /// made.
+    struct Place {
+        unsigned line = 0;
+        unsigned column = 0;
+    };
+
+    /// What a node is. Notes are comments, stray text and processing
+    /// instructions, which the document keeps for people and other programs.
+    enum class Kind : unsigned char { Element, Attribute, Comment, Text, Instruction };
+
+    /// A new element that stands in no document yet.
+    /// \throws std::invalid_argument if `tag` is no XML name.
+    static std::shared_ptr<Element> Create(std::string_view tag);
+
+    /// A new note (see Kind) with the text that it keeps, or attribute; an
+    /// instruction has its target as tag.
+    /// \throws std::invalid_argument if the tag of an instruction or attribute is
+    /// no XML name.
+    static std::shared_ptr<Element> CreateNote(Kind kind, std::string_view tag,
+                                               std::string_view text);
+
+    Element(Key, Kind kind, std::string_view tag);
+    ~Element();
+    Element(const Element&) = delete;
+    Element& operator=(const Element&) = delete;
+
+    const std::string& tag() const { return tag_; }
+    Kind kind() const { return kind_; }
+    Place place() const { return place_; }
+    void setPlace(Place place) { place_ = place; }
+
+    /// The parent, or null when the element stands alone or is the root.
+    std::shared_ptr<Element> parent() const;
+
+    /// The element's place in the tree for messages, such as
+    /// "station/smart_component Gripper/property 3".
+    std::string path() const;
+
+    /// The object name; empty when there is none.
+    const std::string& name() const;
+    bool hasName() const { return name_.has_value(); }
+    void setName(std::string name);
+
+    /// The object id. Without one: 0 if `orZero`, otherwise it
+    /// \throws std::logic_error.
+    unsigned getId(bool orZero) const;
+
+    /// 0 takes the id away.
+    std::shared_ptr<Element> setId(unsigned id);
+
+    /// The key `name`, created empty if missing; the element itself for an empty
+    /// name. A new "value" takes over the element's own value.
+    /// \throws std::invalid_argument if a new key's name is no XML name.
+    std::shared_ptr<Element> touch(std::string_view name);
+
+    /// The key `name`, or null; the element itself for an empty name.
+    std::shared_ptr<Element> get(std::string_view name);
+
+    /// The child elements whose tag is `name`, in document order, as they stand
+    /// at the call.
+    std::vector<std::shared_ptr<Element>> children(std::string_view name) const;
+
+    /// A new empty child, placed last.
+    std::shared_ptr<Element> append(std::string_view tag);
+
+    /// Places an element as last child, out of wherever it stood before.
+    /// \throws std::invalid_argument if it is null, or contains this element.
+    std::shared_ptr<Element> append(std::shared_ptr<Element> child);
+
+    std::shared_ptr<Element> appendObject(std::string_view tag, unsigned id,
+                                          std::string_view name);
+
+    /// Does nothing to an element without parent.
+    void removeFromParent();
+
+    /// Moves a child to just before `next`, another child, or to the end for
+    /// null.
+    void moveBefore(Element& child, const Element* next);
+
+    /// \name Typed reads
+    /// The value of the key `name`, or the own value for an empty name,
+    /// converted. What is missing or empty reads as zero, false, empty, or the
+    /// pose at the origin. Numbers are cut towards zero, text is parsed.
+    /// \throws std::invalid_argument when the value cannot be converted.
+    /// @{
+    int asInt(std::string_view name) const;
+    unsigned asUInt(std::string_view name) const;
+    unsigned long long asUInt64(std::string_view name) const;
+    double asDouble(std::string_view name) const;
+    bool asBool(std::string_view name) const;
+    std::string asString(std::string_view name) const;
+    trel::rob::Vec3Template<double> asVec3(std::string_view name) const;
+    trel::rob::PoseTemplate<double> asPose(std::string_view name) const;
+    /// @}
+
+    /// The own value; empty when there is none.
+    const std::any& value() const;
+
+    /// Gives the element a value of one of the types that `Attr` names; an empty
+    /// one takes the value away.
+    /// \throws std::invalid_argument for any other type; nothing has changed.
+    void setValue(std::any value);
+
+    /// Gives the element the value that it had when the document was saved. That
+    /// is no news: observers are not told.
+    /// \throws std::invalid_argument for a type that `Attr` does not name.
+    void restoreValue(std::any value);
+
+    /// Reads the own value from its text form, in the type that it has; an
+    /// element without a value takes the text as text.
+    /// \throws std::invalid_argument for text that is no such value; nothing has
+    /// changed.
+    void setValueFromString(std::string_view text);
+
+    /// The own value in text form, see valuetext::render.
+    std::string getStringFromValue() const;
+
+    /// Adds the key `name` as an attribute, or replaces its value.
+    /// \throws std::invalid_argument for text that is no value of that type.
+    void addAttribute(std::string_view name, std::string_view type, std::string_view value);
+
+    /// The typed value as it stands in this very node, null when there is none;
+    /// for a note, its text.
+    const Attr* ownValue() const { return attr_.get(); }
+
+    /// \name Walking all nodes, notes and attributes included
+    /// @{
+    const Element* firstChild() const { return first_.get(); }
+    const Element* nextSibling() const { return next_.get(); }
+    /// @}
+
+    /// `observer` is told of every value written to any document, until
+    /// `Unsubscribe`; it must live that long.
+    static void Subscribe(ValueObserver& observer);
+    static void Unsubscribe(ValueObserver& observer);
+
+    /// Whether a live document object mirrors this element.
+    bool isMirrored() const { return mirrors_ > 0; }
+
+private:
+    friend class ElementMirror;
+    class TagIndex;
+
+    Element* find(std::string_view name) const;
+    const Element& holder() const;
+    Element& holder();
+    const std::any& valueOf(std::string_view name) const;
+    void insertBefore(std::shared_ptr<Element> child, Element* next);
+    std::shared_ptr<Element> takeOut(Element& child);
+    template <typename T>
+    T as(std::string_view name) const;
+
+    std::string tag_;
+    std::optional<std::string> name_;
+    std::unique_ptr<Attr> attr_;
+    Element* parent_ = nullptr;
+    std::shared_ptr<Element> first_;  // children, each owning the next
+    Element* last_ = nullptr;
+    std::shared_ptr<Element> next_;
+    Element* prev_ = nullptr;
+    std::unique_ptr<TagIndex> index_;  // once there are many children
+    Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
+    Element* prevAlike_ = nullptr;
+    std::size_t childCount_ = 0;
+    unsigned id_ = 0;
+    unsigned mirrors_ = 0;
+    Place place_;
+    Kind kind_;
+};
+
+/// The element of a document object. While the object or a copy of it lives,
+/// its element counts as mirrored.
+class ElementMirror {
+public:
+    /// \throws std::invalid_argument for a null element.
+    explicit ElementMirror(std::shared_ptr<Element> element);
+    ElementMirror(const ElementMirror& other);
+    ElementMirror& operator=(const ElementMirror& other);
+    ~ElementMirror();
+
+    const std::shared_ptr<Element>& get() const { return element_; }
+
+private:
+    std::shared_ptr<Element> element_;
+};
+
+}  // namespace sdf

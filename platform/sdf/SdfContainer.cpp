@@ -1,0 +1,95 @@
+#include "platform/sdf/SdfContainer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "platform/sdf/SdfManager.h"
+
+namespace sdf {
+
+SdfContainer::SdfContainer(const SdfContainer& other) : SdfNode(other) { *this = other; }
+
+SdfContainer& SdfContainer::operator=(const SdfContainer& other) {
+    if (this == &other) return *this;
+    SdfNode::operator=(other);
+    children_ = other.children_;
+    places_.clear();
+    for (auto child = children_.begin(); child != children_.end(); ++child)
+        places_.emplace(child->id, child);
+    return *this;
+}
+
+void SdfContainer::addObjChild(std::shared_ptr<Element> child) {
+    const unsigned id = child->asUInt("");
+    const auto [place, isNew] = places_.try_emplace(id);
+    if (!isNew) return;
+    try {
+        children_.push_back({id, std::move(child)});
+    } catch (...) {
+        places_.erase(place);
+        throw;
+    }
+    place->second = std::prev(children_.end());
+}
+
+void SdfContainer::addObjChildWithSdf(unsigned id) {
+    if (hasObjChild(id)) return;
+    auto child = Element::Create("child");
+    child->setValue(id);
+    addObjChild(element()->append(std::move(child)));
+}
+
+void SdfContainer::removeObjChildWithSdf(unsigned id) {
+    const auto entry = places_.find(id);
+    if (entry == places_.end()) return;
+    const auto child = entry->second;
+    child->element->removeFromParent();
+    places_.erase(entry);
+    children_.erase(child);
+}
+
+void SdfContainer::moveChild(unsigned id, unsigned place) {
+    const auto entry = places_.find(id);
+    if (entry == places_.end()) return;
+    const auto child = entry->second;
+    // The child that shall stand behind it, counted without the one that moves.
+    auto next = children_.begin();
+    for (unsigned i = 0; next != children_.end(); ++next)
+        if (next != child && i++ == place) break;
+    if (next == child) return;
+    element()->moveBefore(*child->element,
+                          next == children_.end() ? nullptr : next->element.get());
+    children_.splice(next, children_, child);
+}
+
+bool SdfContainer::anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
+                                   bool itself) const {
+    if (itself && predicate(this)) return true;
+
+    // Ids, not pointers: the predicate is anybody's and may remove objects.
+    std::unordered_set<unsigned> seen{id()};
+    std::vector<unsigned> waiting;
+    const auto enter = [&](const SdfContainer& container) {
+        for (auto child = container.children_.rbegin(); child != container.children_.rend();
+             ++child)
+            waiting.push_back(child->id);
+    };
+    enter(*this);
+    while (!waiting.empty()) {
+        const unsigned next = waiting.back();
+        waiting.pop_back();
+        if (!seen.insert(next).second) continue;
+        const SdfObject* const object = SdfManager::inst()->find(next);
+        if (!object) continue;
+        if (predicate(object)) return true;
+        if (SdfManager::inst()->find(next) != object) continue;
+        if (const auto* const container = dynamic_cast<const SdfContainer*>(object))
+            enter(*container);
+    }
+    return false;
+}
+
+}  // namespace sdf

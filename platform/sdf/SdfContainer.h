@@ -1,0 +1,49 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <unordered_map>
+
+#include "platform/sdf/SdfNode.h"
+
+namespace sdf {
+
+/// A document object that contains others, each kept by id in a key "child".
+/// Adding, finding and removing a child cost the same however many there are.
+class SdfContainer : public SdfNode {
+public:
+    using SdfNode::SdfNode;
+    SdfContainer(const SdfContainer& other);
+    SdfContainer& operator=(const SdfContainer& other);
+
+    /// Takes in the child that a "child" element names. A second element for the
+    /// same child is passed over.
+    void addObjChild(std::shared_ptr<Element> child);
+
+    /// Adds a child with a new "child" element; nothing if it is one already.
+    void addObjChildWithSdf(unsigned id);
+
+    /// Removes a child and its "child" element; nothing if it is none.
+    void removeObjChildWithSdf(unsigned id);
+
+    /// Moves child `id` to `place`, counted from 0, among the children and in
+    /// the document; beyond the end it becomes the last. Nothing if it is none.
+    virtual void moveChild(unsigned id, unsigned place);
+
+    bool hasObjChild(unsigned id) const { return places_.contains(id); }
+
+private:
+    struct Child {
+        unsigned id;
+        std::shared_ptr<Element> element;
+    };
+
+    /// Each object is asked once, also where children form a ring.
+    bool anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
+                         bool itself) const override;
+
+    std::list<Child> children_;
+    std::unordered_map<unsigned, std::list<Child>::iterator> places_;
+};
+
+}  // namespace sdf

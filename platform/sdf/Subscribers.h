@@ -1,0 +1,63 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace sdf {
+
+/// The subscribers of one kind of notice, told in the order in which they came.
+/// They may come and go during a notice: one that left is told nothing more,
+/// one that came is told from the next notice on.
+template <typename Subscriber>
+class Subscribers {
+public:
+    /// `subscriber` must live until it is removed. Adding it twice has it told
+    /// once.
+    void add(Subscriber& subscriber) {
+        if (std::find(all_.begin(), all_.end(), &subscriber) == all_.end())
+            all_.push_back(&subscriber);
+    }
+
+    /// One that was never added is passed over.
+    void remove(Subscriber& subscriber) {
+        const auto place = std::find(all_.begin(), all_.end(), &subscriber);
+        if (place == all_.end()) return;
+        // The places must hold still while a notice walks them.
+        if (depth_ > 0)
+            *place = nullptr;
+        else
+            all_.erase(place);
+    }
+
+    bool empty() const { return all_.empty(); }
+
+    /// Calls `notice` with each subscriber. What it throws ends the walk.
+    template <typename Notice>
+    void tell(const Notice& notice) {
+        if (all_.empty()) return;
+        const Walk walk(*this);
+        for (std::size_t i = 0, end = all_.size(); i != end; ++i)
+            if (Subscriber* const subscriber = all_[i]) notice(*subscriber);
+    }
+
+private:
+    // Counts the notices under way; the last one sweeps up the empty places.
+    class Walk {
+    public:
+        explicit Walk(Subscribers& owner) : owner_(owner) { ++owner_.depth_; }
+        ~Walk() {
+            if (--owner_.depth_ == 0) std::erase(owner_.all_, nullptr);
+        }
+        Walk(const Walk&) = delete;
+        Walk& operator=(const Walk&) = delete;
+
+    private:
+        Subscribers& owner_;
+    };
+
+    std::vector<Subscriber*> all_;
+    std::size_t depth_ = 0;
+};
+
+}  // namespace sdf

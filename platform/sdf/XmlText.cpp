@@ -1,0 +1,133 @@
+#include "platform/sdf/XmlText.h"
+
+#include <algorithm>
+#include <array>
+
+namespace sdf::xml {
+
+namespace {
+
+enum : unsigned char { nameStart = 1, namePart = 2, allowed = 4 };
+
+// What an ASCII character may be.
+constexpr std::array<unsigned char, 128> ascii = [] {
+    std::array<unsigned char, 128> table{};
+    for (std::size_t c = 0x20; c < table.size(); ++c) table[c] = allowed;
+    for (const char c : {'\t', '\n', '\r'}) table[static_cast<std::size_t>(c)] = allowed;
+    const auto range = [&](char first, char last, unsigned char what) {
+        for (auto c = static_cast<std::size_t>(first); c <= static_cast<std::size_t>(last); ++c)
+            table[c] |= what;
+    };
+    range('a', 'z', nameStart | namePart);
+    range('A', 'Z', nameStart | namePart);
+    range('_', '_', nameStart | namePart);
+    range(':', ':', nameStart | namePart);
+    range('0', '9', namePart);
+    range('-', '.', namePart);
+    return table;
+}();
+
+struct Range {
+    char32_t first;
+    char32_t last;
+};
+
+constexpr std::array<Range, 12> nameStarts{{{0xC0, 0xD6},
+                                            {0xD8, 0xF6},
+                                            {0xF8, 0x2FF},
+                                            {0x370, 0x37D},
+                                            {0x37F, 0x1FFF},
+                                            {0x200C, 0x200D},
+                                            {0x2070, 0x218F},
+                                            {0x2C00, 0x2FEF},
+                                            {0x3001, 0xD7FF},
+                                            {0xF900, 0xFDCF},
+                                            {0xFDF0, 0xFFFD},
+                                            {0x10000, 0xEFFFF}}};
+constexpr std::array<Range, 3> nameParts{{{0xB7, 0xB7}, {0x300, 0x36F}, {0x203F, 0x2040}}};
+
+template <std::size_t n>
+bool isIn(const std::array<Range, n>& ranges, char32_t code) {
+    return std::any_of(ranges.begin(), ranges.end(), [&](const Range& range) {
+        return range.first <= code && code <= range.last;
+    });
+}
+
+bool mayStandInName(char32_t code, bool first) {
+    if (code < ascii.size()) return ascii[code] & (first ? nameStart : namePart);
+    return isIn(nameStarts, code) || (!first && isIn(nameParts, code));
+}
+
+}  // namespace
+
+Character decode(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const char32_t lead = byte(0);
+    if (lead < 0x80) return {lead, 1};
+    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    if (length == 0 || length > text.size()) return {lead, 0};
+    char32_t code = lead & (0x7Fu >> length);
+    for (std::size_t i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0u) != 0x80u) return {lead, 0};
+        code = (code << 6) | (byte(i) & 0x3Fu);
+    }
+    // Longer than needed, half of a pair, or beyond the last character.
+    constexpr std::array<char32_t, 5> least{0, 0, 0x80, 0x800, 0x10000};
+    if (code < least[length] || (code >= 0xD800 && code < 0xE000) || code > 0x10FFFF)
+        return {lead, 0};
+    return {code, length};
+}
+
+bool isAllowed(char32_t code) {
+    if (code < ascii.size()) return ascii[code] & allowed;
+    return code < 0xD800 || (code >= 0xE000 && code < 0xFFFE) ||
+           (code >= 0x10000 && code <= 0x10FFFF);
+}
+
+std::size_t allowedLength(std::string_view text) {
+    std::size_t i = 0;
+    while (i < text.size()) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c < ascii.size()) {
+            if (!(ascii[c] & allowed)) return i;
+            ++i;
+            continue;
+        }
+        const auto [code, length] = decode(text.substr(i));
+        if (length == 0 || !isAllowed(code)) return i;
+        i += length;
+    }
+    return i;
+}
+
+std::size_t nameLength(std::string_view text) {
+    std::size_t i = 0;
+    while (i < text.size()) {
+        const auto [code, length] = decode(text.substr(i));
+        if (length == 0 || !mayStandInName(code, i == 0)) break;
+        i += length;
+    }
+    return i;
+}
+
+bool isName(std::string_view text) { return !text.empty() && nameLength(text) == text.size(); }
+
+std::string quoted(std::string_view text, std::size_t longest) {
+    std::string shown = "\"";
+    while (!text.empty()) {
+        if (shown.size() > longest) {
+            shown += "...";
+            break;
+        }
+        const auto [code, length] = decode(text);
+        const bool isPlain = length > 0 && code >= 0x20 && isAllowed(code);
+        if (isPlain)
+            shown += text.substr(0, length);
+        else
+            shown += '?';
+        text.remove_prefix(std::max<std::size_t>(length, 1));
+    }
+    return shown + '"';
+}
+
+}  // namespace sdf::xml

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// The characters and names of XML 1.0, as UTF-8.
+namespace sdf::xml {
+
+inline constexpr std::string_view blanks = " \t\r\n";
+
+/// One character and the number of bytes that it takes.
+struct Character {
+    char32_t code;
+    std::size_t length;
+};
+
+/// The first character of a text that is not empty; with length 0 if it is not
+/// well-formed UTF-8.
+Character decode(std::string_view text);
+
+/// Whether XML can hold the character at all.
+bool isAllowed(char32_t code);
+
+/// Bytes of the longest prefix that XML can hold.
+std::size_t allowedLength(std::string_view text);
+
+/// Bytes of the name that the text begins with; 0 if it begins with none.
+std::size_t nameLength(std::string_view text);
+
+bool isName(std::string_view text);
+
+/// The text in double quotes for a message: on one line, and cut behind `longest`
+/// bytes.
+std::string quoted(std::string_view text, std::size_t longest = 60);
+
+}  // namespace sdf::xml
