@@ -1,0 +1,257 @@
+#include "smartcomp/Aggregation.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+#include <utility>
+
+#include "smartcomp/Lookup.h"
+#include "smartcomp/Property.h"
+#include "smartcomp/SCSignal.h"
+
+namespace trel::smartcomp {
+
+namespace {
+
+// Cut towards zero; what does not fit becomes the nearest number that does.
+template <typename Integer>
+Integer cut(double number) {
+    using Limits = std::numeric_limits<Integer>;
+    if (!(number > static_cast<double>(Limits::min()))) return Limits::min();
+    if (number >= static_cast<double>(Limits::max())) return Limits::max();
+    return static_cast<Integer>(number);
+}
+
+template <typename Table>
+unsigned largestId(const Table& table, unsigned least) {
+    for (const auto& [id, value] : table) least = std::max(least, id);
+    return least;
+}
+
+}  // namespace
+
+Aggregation::Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
+    : SmartComponent(element, type) {
+    SdfNode::setPose(element->asPose("pose"));
+    roleObject_ = element->touch("role_object")->asUInt("");
+    loadConnections();
+    for (const auto& child : element->children("child")) addObjChild(child);
+    for (const auto& xy : element->children("xy")) {
+        const auto v = xy->asVec3("");
+        // The first position of a child wins.
+        childPositions_.try_emplace(cut<unsigned>(v.x), cut<int>(v.y), cut<int>(v.z));
+    }
+}
+
+Aggregation::Aggregation(const Aggregation&) = default;
+Aggregation& Aggregation::operator=(const Aggregation&) = default;
+
+Aggregation::~Aggregation() {
+    for (const auto& [id, connection] : connections_) delete connection;
+}
+
+rob::PoseTemplate<double> Aggregation::getPose() const { return SdfNode::getPose(); }
+
+// The node's own pose, not that of something attached.
+void Aggregation::setPose(const rob::PoseTemplate<double>& pose) { SdfNode::setPose(pose); }
+
+bool Aggregation::canAttachTo(sdf::SdfNode* node) const {
+    return AttachableNode::canAttachTo(node);
+}
+
+bool Aggregation::hasVisual() const { return true; }
+
+bool Aggregation::isMovable() const { return true; }
+
+bool Aggregation::checkPropertyObjectType(unsigned, sdf::SdfObject*) const { return true; }
+
+void Aggregation::readPropertyValues() {}
+
+bool Aggregation::isObjectUsed(unsigned objectId) const {
+    return std::ranges::any_of(getProperties(), [&](const auto& entry) {
+        return entry.second->getObjectId() == objectId;
+    });
+}
+
+// Values that arrive.
+
+void Aggregation::setPropertyValue(unsigned propertyId, const std::string& value) {
+    if (!shouldSetProperty(propertyId, value)) return;
+    SmartComponent::setPropertyValue(propertyId, value);
+    endSetPropertyValue(propertyId);
+}
+
+void Aggregation::handleInputSignal(unsigned signalId, int value, long long time) {
+    SCSignal& signal = signalAt(signalId);
+    signal.setValue(value);
+    if (signal.isAutoReset()) signal.setValue(0);
+    notifySignalValueChanged(signalId);
+    propagateDynamicInputSignal(signalId, value, time);
+}
+
+void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
+    const SCSignal& source = signalAt(signalId);
+    forEachConnection(id(), signalId, [&](const Connection& connection) {
+        const unsigned component = connection.getDstComponentId();
+        const unsigned signal = connection.getDstSignalId();
+        // A component: inwards there are no controllers.
+        objectAs<SmartComponent>(component).handleSignalValue(signal, value, time);
+        if (source.isAutoReset())
+            objectAs<SmartComponent>(component).handleSignalValue(signal, 0, time);
+    });
+}
+
+void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {
+    if (checkSignalIsSet(signalId, value)) return;
+    SmartComponent::setStaticInputSignal(signalId, value);
+    propagateStaticInputSignal(signalId, value);
+    endSetSignalValue(signalId);
+}
+
+void Aggregation::propagateStaticInputSignal(unsigned signalId, SignalValue value) {
+    const SCSignal& source = signalAt(signalId);
+    forEachConnection(id(), signalId, [&](const Connection& connection) {
+        const unsigned component = connection.getDstComponentId();
+        const unsigned signal = connection.getDstSignalId();
+        setDstSignalValue(component, signal, value);
+        if (source.isAutoReset()) setDstSignalValue(component, signal, 0);
+    });
+}
+
+// Children.
+
+void Aggregation::addChildComponent(unsigned childId,
+                                    const std::optional<std::pair<int, int>>& xy) {
+    addObjChildWithSdf(childId);
+    if (!xy) return;
+    childPositions_.try_emplace(childId, *xy);
+    writeXY(childId, xy->first, xy->second);
+}
+
+void Aggregation::removeChildComponent(unsigned childId) {
+    removeObjChildWithSdf(childId);
+    childPositions_.erase(childId);
+}
+
+std::optional<std::pair<int, int>> Aggregation::getChildXY(unsigned childId) const {
+    const auto entry = childPositions_.find(childId);
+    if (entry == childPositions_.end()) return std::nullopt;
+    return entry->second;
+}
+
+void Aggregation::setChildXY(unsigned childId, int x, int y) {
+    childPositions_[childId] = {x, y};
+    writeXY(childId, x, y);
+}
+
+// Always into the first "xy", whichever child it names.
+void Aggregation::writeXY(unsigned childId, int x, int y) {
+    write(element(), "xy",
+          rob::Vec3Template<double>{static_cast<double>(childId), static_cast<double>(x),
+                                    static_cast<double>(y)});
+}
+
+// Connections.
+
+void Aggregation::loadConnections() {
+    std::vector<Connection*> loaded;
+    for (const auto& child : element()->children("connection")) {
+        std::unique_ptr<Connection> connection(new Connection(child));
+        loaded.push_back(connection.get());
+        // Of two with one id the later is loaded; the earlier is lost.
+        connections_[connection->id()] = connection.get();
+        connection.release();
+    }
+    std::erase_if(loaded, [this](const Connection* connection) {
+        return connection->isBinding() || connections_[connection->id()] != connection;
+    });
+    // The indices make the order, not the document; whatever they are, it has no
+    // gaps. Indices that have none are not written.
+    std::ranges::stable_sort(loaded, {}, &Connection::getIndex);
+    order_.reserve(loaded.size());
+    for (Connection* const connection : loaded) {
+        connection->setIndex(static_cast<unsigned>(order_.size()));
+        order_.push_back(connection->id());
+    }
+}
+
+Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
+    const unsigned id = connection->id();
+    order_.reserve(order_.size() + 1);
+    Connection*& entry = connections_[id];
+    // One that had the id is lost, and its place in the order is closed.
+    if (entry && !entry->isBinding()) closeGap(placeOf(*entry));
+    entry = connection.release();
+    if (entry->isBinding()) return entry;
+
+    const std::size_t place = std::min<std::size_t>(entry->getIndex(), order_.size());
+    for (std::size_t p = place; p != order_.size(); ++p)
+        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p + 1));
+    order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(place), id);
+    return entry;
+}
+
+Connection* Aggregation::getConnection(unsigned id) const {
+    Connection* const connection = at(connections_, id);
+    return connection->isBinding() ? nullptr : connection;
+}
+
+Connection* Aggregation::getBinding(unsigned id) const {
+    Connection* const connection = at(connections_, id);
+    return connection->isBinding() ? connection : nullptr;
+}
+
+void Aggregation::deleteConnection(unsigned id) {
+    const std::unique_ptr<Connection> connection(at(connections_, id));
+    connections_.erase(id);
+    if (!connection->isBinding()) closeGap(placeOf(*connection));
+}
+
+void Aggregation::deleteBinding(unsigned id) { deleteConnection(id); }
+
+// Where a signal connection stands in the order; the order's length if nowhere.
+std::size_t Aggregation::placeOf(const Connection& connection) const {
+    const std::size_t index = connection.getIndex();
+    if (index < order_.size() && order_[index] == connection.id()) return index;
+    return static_cast<std::size_t>(std::ranges::find(order_, connection.id()) - order_.begin());
+}
+
+// Takes a place out of the order; those behind it move forward by one.
+void Aggregation::closeGap(std::size_t place) {
+    if (place == order_.size()) return;
+    for (std::size_t p = place + 1; p != order_.size(); ++p)
+        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p - 1));
+    order_.erase(order_.begin() + static_cast<std::ptrdiff_t>(place));
+}
+
+void Aggregation::moveSgConnOrderBackward(unsigned id) { swapWithNeighbour(id, 1); }
+
+void Aggregation::moveSgConnOrderForward(unsigned id) { swapWithNeighbour(id, -1); }
+
+void Aggregation::swapWithNeighbour(unsigned id, int step) {
+    Connection* const moved = at(connections_, id);
+    const unsigned place = moved->getIndex();
+    // Before the first place lies 4294967295, which is beyond the end.
+    const unsigned neighbour = place + static_cast<unsigned>(step);
+    if (place >= order_.size() || order_[place] != id || neighbour >= order_.size())
+        throw std::out_of_range("invalid vector subscript");
+    Connection* const other = at(connections_, order_[neighbour]);
+    moved->setIndex(neighbour);
+    other->setIndex(place);
+    std::swap(order_[place], order_[neighbour]);
+}
+
+// Free ids.
+
+unsigned Aggregation::getNextPropertyId() const { return largestId(getProperties(), 10) + 1; }
+
+unsigned Aggregation::getNextSignalId() const { return largestId(getSignals(), 0) + 1; }
+
+unsigned Aggregation::getNextSgConnId() const { return largestId(connections_, 0) + 1; }
+
+void Aggregation::setRoleObject(unsigned id) {
+    roleObject_ = id;
+    write(element(), "role_object", id);
+}
+
+}  // namespace trel::smartcomp

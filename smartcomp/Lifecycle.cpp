@@ -1,0 +1,82 @@
+#include "smartcomp/Lifecycle.h"
+
+#include <stdexcept>
+
+#include "platform/station/Station.h"
+#include "smartcomp/Aggregation.h"
+#include "smartcomp/Lookup.h"
+#include "smartcomp/Manager.h"
+
+namespace trel::smartcomp {
+
+namespace {
+
+// Makes the component known: in the object table, to itself, in the list.
+SmartComponent* enter(SmartComponent* component, std::list<SmartComponent*>& all) {
+    if (!component) throw std::logic_error("a registered function made no component");
+    enterObject(component);
+    component->readPropertyValues();
+    all.push_back(component);
+    return component;
+}
+
+void destroy(SmartComponent& component, unsigned id) {
+    sdf::SdfManager::Remove(id);
+    delete &component;
+}
+
+}  // namespace
+
+SmartComponent* Create(std::shared_ptr<sdf::Element> element) {
+    Manager& manager = *Manager::inst();
+    const auto create = manager.getCreateFunc(element->asString("type"));
+    return enter(create(std::move(element)), manager.components());
+}
+
+SmartComponent* Build(const std::string& typeName, unsigned id, const std::string& name,
+                      unsigned parentId) {
+    Manager& manager = *Manager::inst();
+    // The parent knows the child before there is one, and still when the type
+    // turns out to be unknown.
+    objectAs<Aggregation>(parentId).addChildComponent(id, std::nullopt);
+    const auto element = GetStationElem()->appendObject("smart_component", id, name);
+    write(element, "type", typeName);
+    write(element, "parent", parentId);
+    return enter(manager.getBuildFunc(typeName)(element), manager.components());
+}
+
+SmartComponent* Recover(std::shared_ptr<sdf::Element> element,
+                        const std::vector<std::shared_ptr<sdf::Element>>& subElements,
+                        const std::optional<std::pair<int, int>>& xy) {
+    GetStationElem()->append(element);
+    SmartComponent* const component = Create(element);
+    for (const auto& subElement : subElements) {
+        GetStationElem()->append(subElement);
+        Create(subElement);
+    }
+    objectAs<Aggregation>(component->getObjParentId()).addChildComponent(component->id(), xy);
+    return component;
+}
+
+void Load() {
+    for (const auto& element : GetStationElem()->children("smart_component"))
+        if (element->asString("type") != "StationLogic") Create(element);
+}
+
+void RemoveSmartComponent(unsigned id) {
+    auto& component = objectAs<SmartComponent>(id);
+    objectAs<Aggregation>(component.getObjParentId()).removeChildComponent(id);
+    destroy(component, id);
+}
+
+void RemoveSubSmartComponent(unsigned id) { destroy(objectAs<SmartComponent>(id), id); }
+
+const std::list<SmartComponent*>& GetAllSmartComponents() {
+    return Manager::inst()->components();
+}
+
+void BuildVisual(SmartComponent* component, visual::Visual* visual) {
+    Manager::inst()->getVisualFunc(component->element()->asString("type"))(visual, component);
+}
+
+}  // namespace trel::smartcomp

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <any>
+#include <mutex>
+#include <shared_mutex>
+#include <stdexcept>
+#include <typeinfo>
+#include <utility>
+
+#include "platform/sdf/Element.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/sdf/SdfObject.h"
+
+/// Look-ups that fail the same way on every standard library, for the sources of
+/// the library only.
+namespace trel::smartcomp {
+
+[[noreturn]] inline void throwUnknownKey() {
+    throw std::out_of_range("invalid unordered_map<K, T> key");
+}
+
+/// The value under `key`.
+/// \throws std::out_of_range "invalid unordered_map<K, T> key".
+template <typename Table, typename Key>
+const auto& at(const Table& table, const Key& key) {
+    const auto entry = table.find(key);
+    if (entry == table.end()) throwUnknownKey();
+    return entry->second;
+}
+
+/// What the object table holds under `id`, which may be null. The table's lock
+/// is held for the look-up only.
+/// \throws as `at`.
+inline sdf::SdfObject* objectAt(unsigned id) {
+    auto& manager = *sdf::SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    return at(manager.objects(), id);
+}
+
+/// An object as the `T` that it has to be.
+/// \throws std::bad_cast if it is null or something else.
+template <typename T>
+T& as(sdf::SdfObject* object) {
+    if (auto* const wanted = dynamic_cast<T*>(object)) return *wanted;
+    throw std::bad_cast();
+}
+
+/// The object under `id` as the `T` that it has to be.
+template <typename T>
+T& objectAs(unsigned id) {
+    return as<T>(objectAt(id));
+}
+
+/// Enters an object under its own id, the table's lock held exclusively.
+/// \throws std::logic_error "object exists" if the id is taken.
+inline void enterObject(sdf::SdfObject* object) {
+    auto& manager = *sdf::SdfManager::inst();
+    const std::unique_lock lock(manager.mutex());
+    if (!manager.objects().emplace(object->id(), object).second)
+        throw std::logic_error("object exists");
+}
+
+/// Writes a typed value into the key `name` of an element.
+template <typename T>
+void write(const std::shared_ptr<sdf::Element>& element, std::string_view name, const T& value) {
+    element->touch(name)->setValue(std::any(value));
+}
+
+}  // namespace trel::smartcomp

@@ -1,0 +1,172 @@
+#include "smartcomp/Property.h"
+
+#include <array>
+#include <cmath>
+#include <iomanip>
+#include <mutex>
+#include <shared_mutex>
+#include <sstream>
+#include <utility>
+
+#include "platform/rob/RotationTemplate.h"
+#include "smartcomp/Lookup.h"
+#include "smartcomp/SmartComponent.h"
+#include "smartcomp/Text.h"
+
+namespace trel::smartcomp {
+
+namespace {
+
+// The place of a name is the number of its PropertyType.
+constexpr std::array<std::string_view, 10> typeNames = {
+    "ObjectId", "Int32",  "Double",         "String", "Bool",
+    "Vector3",  "Orient", "ReferenceFrame", "Index",  "Error"};
+
+// Three numbers with the same decimals, and the unit.
+std::string displayThree(double a, double b, double c, bool whole, const char* unit) {
+    std::ostringstream stream;
+    stream << std::fixed << std::setprecision(whole ? 0 : 2);
+    stream << a << ", " << b << ", " << c << unit;
+    return stream.str();
+}
+
+// The name of the document object that a value text names.
+std::string displayObject(const std::string& value) {
+    const unsigned id = text::toUnsigned(value);
+    if (id == 0) return "None";
+    auto& manager = *sdf::SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    const auto entry = manager.objects().find(id);
+    if (entry == manager.objects().end() || !entry->second) return "None";
+    return entry->second->name();
+}
+
+}  // namespace
+
+Property* Property::Create(SmartComponent* owner, std::shared_ptr<sdf::Element> element) {
+    std::unique_ptr<Property> property(new Property(std::move(element)));
+    owner->addProperty(property.get());
+    return property.release();
+}
+
+Property::Property(std::shared_ptr<sdf::Element> element)
+    : SdfObject(element, sdf::ObjectType::None),
+      description_(element->asString("description")),
+      type_(element->asString("type")),
+      value_(element->getStringFromValue()),
+      unit_(element->asString("unit")),
+      typeIndex_(static_cast<PropertyType>(typeIndexOf(type_).value())),
+      visible_(element->asBool("uivisible")),
+      readOnly_(element->asBool("read_only")) {}
+
+Property::Property(const Property&) = default;
+Property::Property(Property&&) = default;
+Property& Property::operator=(const Property&) = default;
+Property& Property::operator=(Property&&) = default;
+Property::~Property() = default;
+
+unsigned Property::getObjectId() { return isObjectId() ? text::toUnsigned(value_) : 0; }
+
+Property* Property::setDescription(const std::string& description) {
+    write(element(), "description", description);
+    description_ = description;
+    return this;
+}
+
+Property* Property::setReadOnly(bool readOnly) {
+    if (readOnly == readOnly_) return this;
+    write(element(), "read_only", readOnly);
+    readOnly_ = readOnly;
+    return this;
+}
+
+Property* Property::setType(const std::string& type) {
+    const auto index = typeIndexOf(type);
+    if (!index) return this;
+    write(element(), "type", type);
+    type_ = type;
+    typeIndex_ = static_cast<PropertyType>(*index);
+    return this;
+}
+
+Property* Property::setUnit(const std::string& unit) {
+    if (unit == unit_) return this;
+    write(element(), "unit", unit);
+    unit_ = unit;
+    return this;
+}
+
+Property* Property::setValue(const std::string& value) {
+    element()->setValueFromString(value);
+    value_ = element()->getStringFromValue();
+    return this;
+}
+
+Property* Property::setVisible(bool visible) {
+    if (visible == visible_) return this;
+    write(element(), "uivisible", visible);
+    visible_ = visible;
+    return this;
+}
+
+std::string Property::getDisplayValue() {
+    switch (typeIndex_) {
+        case PropertyType::ObjectId:
+            return displayObject(value_);
+        case PropertyType::Double:
+            return getDoubleDisplayValue(value_);
+        case PropertyType::Bool:
+            return getBoolDisplayValue(value_);
+        case PropertyType::Vector3:
+            return getVector3DisplayValue(value_);
+        case PropertyType::Orient:
+            return getOrientDisplayValue(value_);
+        default:
+            return value_;
+    }
+}
+
+std::optional<unsigned> Property::typeIndexOf(std::string_view name) {
+    for (unsigned i = 0; i != typeNames.size(); ++i)
+        if (typeNames[i] == name) return i;
+    return std::nullopt;
+}
+
+std::string Property::getDoubleDisplayValue(const std::string& value) {
+    std::ostringstream stream;
+    stream << std::fixed << std::setprecision(2) << text::toDouble(value);
+    // The blank stands also before an empty unit.
+    return std::move(stream).str() + ' ' + unit_;
+}
+
+std::string Property::getBoolDisplayValue(const std::string& value) {
+    return value == "0" ? "False" : "True";
+}
+
+std::string Property::getVector3DisplayValue(const std::string& value) {
+    std::array<double, 3> v = {0, 0, 0};
+    text::readNumbers(value, v);
+    const bool whole = isInt(v[0], 0) && isInt(v[1], 0) && isInt(v[2], 0);
+    // A negative zero keeps its sign here, other than in a rotation.
+    return displayThree(v[0], v[1], v[2], whole, " mm");
+}
+
+std::string Property::getOrientDisplayValue(const std::string& value) {
+    constexpr double tolerance = 0.001;  // degrees
+    std::array<double, 4> q = {1, 0, 0, 0};
+    text::readNumbers(value, q);
+    rob::RotationTemplate<double> rotation(q[0], q[1], q[2], q[3]);
+    auto angles = rotation.toEulerDegree();
+    // Decided before small angles become 0.
+    const bool whole = isInt(angles.x, tolerance) && isInt(angles.y, tolerance) &&
+                       isInt(angles.z, tolerance);
+    for (double* angle : {&angles.x, &angles.y, &angles.z})
+        if (std::abs(*angle) <= tolerance) *angle = 0;
+    return displayThree(angles.x, angles.y, angles.z, whole, " deg");
+}
+
+bool Property::isInt(double x, double tolerance) {
+    return std::abs(x - std::round(x)) <= tolerance;
+}
+
+}  // namespace trel::smartcomp

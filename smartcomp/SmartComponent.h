@@ -1,0 +1,203 @@
+#pragma once
+
+#include <any>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/layout/AttachableNode.h"
+#include "platform/rob/PoseTemplate.h"
+#include "platform/rob/Vec3Template.h"
+#include "platform/rob/XYZTemplate.h"
+#include "platform/sdf/Element.h"
+#include "platform/sdf/ObjectType.h"
+#include "smartcomp/SignalInterface.h"
+
+namespace trel::smartcomp {
+
+class Aggregation;
+class Connection;
+class Property;
+class SCSignal;
+
+/// An object of a robot cell that has properties and signals and reacts when
+/// one changes: the live mirror of one "smart_component" element. It owns its
+/// properties and signals. Component types derive from it; the functions of
+/// Lifecycle.h make and remove components.
+///
+/// Every look-up by id that finds nothing throws std::out_of_range "invalid
+/// unordered_map<K, T> key". Nothing is caught in here: what was written, told
+/// and delivered before a throw stays.
+class SmartComponent : public layout::AttachableNode {
+public:
+    using PropertyTable = std::unordered_map<unsigned, Property*>;
+    using SignalTable = std::unordered_map<unsigned, SignalInterface*>;
+
+    // A copy shares the properties and signals of its source; only one of the
+    // two may ever be destroyed.
+    SmartComponent(const SmartComponent&);
+    SmartComponent& operator=(const SmartComponent&);
+
+    /// Deletes the properties and signals and takes the element out of the
+    /// document. The object table is left to the caller.
+    ~SmartComponent() override;
+
+    /// Whether it may be attached to `node`: never, for a plain component.
+    bool canAttachTo(sdf::SdfNode* node) const override;
+
+    /// Whether it is an aggregation that the user put together.
+    virtual bool isUser() const;
+    virtual bool hasVisual() const;
+    virtual bool isMovable() const;
+
+    /// The value in the type that the component type gives it.
+    /// \throws std::logic_error "not implemented" in a type that gives none.
+    virtual std::any getPropertyValueImpl(unsigned propertyId);
+
+    /// Writes the text, tells the broker and offers the text along the bindings
+    /// of the parent and, in a user aggregation, along its own. Neither compares
+    /// nor validates. A type overrides it to frame it:
+    ///
+    ///     if (!shouldSetProperty(id, value)) return;
+    ///     SmartComponent::setPropertyValue(id, value);
+    ///     /* react */
+    ///     endSetPropertyValue(id);
+    ///
+    /// A type that can sit in a ring of bindings must frame it: the bare
+    /// operation runs round the ring without end, and leaves its guard entry
+    /// behind.
+    virtual void setPropertyValue(unsigned propertyId, const std::string& value);
+
+    /// A value that reaches an input while the simulation runs. Nothing has been
+    /// stored: the type stores the value, resets an auto-reset input, notifies
+    /// and reacts.
+    virtual void handleInputSignal(unsigned signalId, int value, long long time) = 0;
+
+    /// One step of the simulation.
+    virtual void execute(long long time) = 0;
+    virtual bool isActivated() const;
+    virtual void initialize();
+    virtual void reset();
+    virtual void start(long long time);
+
+    /// Whether a property refers to the object.
+    virtual bool isObjectUsed(unsigned objectId) const;
+
+    /// Whether the text suits the property. The library never asks.
+    virtual bool validatePropertyValue(unsigned propertyId, const std::string& value) const;
+
+    /// Called once when the component stands in the object table: reads the
+    /// property values into the type's own state.
+    virtual void readPropertyValues() = 0;
+
+    /// Whether `object` may be the value of the "ObjectId" property.
+    virtual bool checkPropertyObjectType(unsigned propertyId, sdf::SdfObject* object) const;
+
+    /// The choices of a property; empty when any text will do.
+    virtual std::vector<std::string> getEnumPropertyList(unsigned propertyId,
+                                                         const std::string& text);
+
+    /// The property that this one depends on; 0 for none.
+    virtual unsigned getDependentPropId(unsigned propertyId) const;
+
+    /// The vector in the form in which the type shows it: (x, y, z) as it is.
+    virtual rob::Vec3Template<double> getDisplayVec3(
+        unsigned propertyId, const std::unordered_map<unsigned, std::string>& values, float x,
+        float y, float z);
+    virtual void stop();
+
+    Property* getProperty(unsigned id) const;
+    SignalInterface* getSignal(unsigned id) const;
+    bool hasProperty(unsigned id) const;
+    bool hasSignal(unsigned id) const;
+    // The live tables.
+    const PropertyTable& getProperties() const { return properties_; }
+    const SignalTable& getSignals() const { return signals_; }
+
+    /// Its element stays in the document; a deleted signal's leaves it.
+    void deleteProperty(unsigned id);
+    void deleteSignal(unsigned id);
+
+    bool isSensor() const;
+    bool isStationLogic() const;
+    /// Whether it sits directly in the station logic.
+    bool isTopLevel() const;
+
+    /// The registered type name of the component `id`.
+    static std::string GetTypeName(unsigned id);
+
+    void notifyPropertyValueChanged(unsigned propertyId);
+    void notifySignalValueChanged(unsigned signalId);
+    void updateModel();
+
+    /// Reads the number as the document holds it.
+    void getPropertyDouble(unsigned id, double& out) const;
+
+    /// Reads three numbers from the text; the first that cannot be read leaves
+    /// its member and those behind it as they were.
+    void getPropertyXYZ(unsigned id, rob::XYZTemplate<double>& out) const;
+
+    /// Sets a signal while the station is edited. An input is stored; an output
+    /// that changes is stored and delivered along the parent's connections. An
+    /// auto-reset output delivers the value and then 0, and is 0 after.
+    void setStaticSignalValue(unsigned id, SignalValue value);
+
+    /// Sets a signal while the simulation runs. An input goes to
+    /// `handleInputSignal`; an output that changes is stored and delivered along
+    /// the parent's connections. An auto-reset output delivers the value and then
+    /// 0, and is after what it was before.
+    /// \throws std::bad_variant_access if the output holds a double.
+    void handleSignalValue(unsigned id, int value, long long time);
+
+protected:
+    /// Reads "parent" and builds a property and a signal from each such child.
+    /// What was built before a throw is not deleted.
+    SmartComponent(std::shared_ptr<sdf::Element> element, sdf::ObjectType type);
+
+    /// Whether the object table holds no object under the id.
+    static bool objectIsInvalid(unsigned id);
+
+    /// Whether the text is to be set: false, silently, for the text that the
+    /// property has; false with event "10007" while the property is being set,
+    /// for the text then came back changed round a ring of bindings.
+    bool shouldSetProperty(unsigned id, const std::string& value);
+    void endSetPropertyValue(unsigned id);
+
+    /// Stores a static input value, resets an auto-reset input to 0, notifies,
+    /// and marks the signal as being set.
+    virtual void setStaticInputSignal(unsigned signalId, SignalValue value);
+    void setStaticOutputSignal(unsigned id, SignalValue value);
+    static void setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
+                                  SignalValue value);
+    void handleOutputSignal(unsigned id, int value, long long time);
+
+    /// Whether the signal is being set on this call chain. Another value than the
+    /// one being set is a conflict, reported as event "10008" and dropped.
+    bool checkSignalIsSet(unsigned id, SignalValue value);
+    void endSetSignalValue(unsigned id);
+
+    SCSignal& signalAt(unsigned id) const;
+
+private:
+    friend class Property;
+    friend class SCSignal;
+
+    Property* addProperty(Property* property);
+    SCSignal* addSignal(SCSignal* signal);
+    void propagateProperty(unsigned id, const std::string& value);
+    bool refusesObject(unsigned id, const Connection& binding, SmartComponent& destination,
+                       const std::string& value) const;
+    void propagateStaticOutputSignal(unsigned id, SignalValue& value);
+    void propagateDynamicOutputSignal(unsigned id, int value, long long time);
+    static void handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
+                                     long long time);
+
+    // The settings under way on the current call chain.
+    std::unordered_map<unsigned, std::string> settingPropertyValues_;
+    std::unordered_map<unsigned, SignalValue> settingSignalValues_;
+    PropertyTable properties_;
+    SignalTable signals_;
+};
+
+}  // namespace trel::smartcomp

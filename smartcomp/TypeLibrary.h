@@ -1,0 +1,17 @@
+#pragma once
+
+/// What a library of component types gives a program that loads it. A library
+/// defines both functions; a program asks for the number first and registers
+/// only types that were built against the same layout of the classes.
+extern "C" {
+int trelComponentsAbi();
+void trelRegisterComponents();
+}
+
+namespace trel::smartcomp {
+
+/// Changes whenever a class that types derive from changes its layout or its
+/// table of virtual operations.
+inline constexpr int typeLibraryAbi = 1;
+
+}  // namespace trel::smartcomp
