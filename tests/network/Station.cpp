@@ -140,7 +140,7 @@ void TwinStation::planMembers(Node& node) {
         signal.input = id == 1 || random_.oneIn(2);
         signal.analog = random_.oneIn(8);
         signal.autoReset = random_.oneIn(5);
-        signal.value = signal.analog ? Value(0.0) : Value(0);
+        signal.value = signal.analog ? Value(0.0) : Value(static_cast<int>(random_.below(2)));
         if (signal.input && node.kind == Kind::Plain && !random_.oneIn(3))
             node.reactions.push_back({id, 1 + random_.below(signals),
                                       random_.from<int>({1, 1, -1}),
