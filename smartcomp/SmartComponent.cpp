@@ -176,9 +176,9 @@ bool SmartComponent::refusesObject(unsigned id, const Connection& binding,
     if (!getProperty(id)->isObjectId()) return false;
     const unsigned named = text::toUnsigned(value);
     // What names nothing is checked as the station.
-    sdf::SdfObject* const object = objectAt(named == 0 ? 1 : named);
+    auto& object = objectAs<sdf::SdfObject>(named == 0 ? 1 : named);
     const unsigned destinationId = binding.getDstPropertyId();
-    if (destination.checkPropertyObjectType(destinationId, object)) return false;
+    if (destination.checkPropertyObjectType(destinationId, &object)) return false;
     SignalBroker::reportEvent("10007", destination.name(),
                               destination.getProperty(destinationId)->name(), value);
     return true;
