@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace trel::host {
+
+/// Simulation time in microseconds.
+using Time = long long;
+
+/// Reads "500us", "20ms", "1.5s", "2min", or "0". Empty for any other text, for a
+/// part of a microsecond, and beyond a thousand hours.
+std::optional<Time> readTime(std::string_view text);
+
+/// In seconds, with as many decimals as it needs: "1.25s".
+std::string textOfTime(Time time);
+
+}  // namespace trel::host

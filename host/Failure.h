@@ -1,0 +1,30 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace trel::host {
+
+/// How the program ends.
+enum class ExitCode {
+    Good = 0,
+    ExpectationFailed = 1,
+    FileInvalid = 2,  // a station or a scenario
+    Usage = 3,
+    ComponentFailed = 4,
+    CannotSave = 6,
+};
+
+/// Why the program cannot go on. what() names the place and the remedy, one line
+/// for each fault.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+
+    ExitCode code() const { return code_; }
+
+private:
+    ExitCode code_;
+};
+
+}  // namespace trel::host

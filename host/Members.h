@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/Controller.h"
+#include "host/Names.h"
+#include "smartcomp/Property.h"
+#include "smartcomp/SCSignal.h"
+
+namespace trel::host {
+
+/// All controllers in the object table, by id.
+std::vector<Controller*> controllersNow();
+
+/// The members of a component or controller: signals, then properties, each by
+/// id.
+std::vector<Member> membersOf(unsigned objectId);
+
+// Each of these gives null, or an empty answer, for a member that is not there
+// (any more).
+
+smartcomp::SCSignal* signalOf(const Member& member);                 // of a component
+const Controller::Signal* controllerSignalOf(const Member& member);  // of a controller
+smartcomp::Property* propertyOf(const Member& member);
+
+std::optional<std::string> nameOf(const Member& member);
+std::optional<SignalValue> signalValueOf(const Member& member);
+
+/// What a member holds, as people see it: a signal's number by the alternative
+/// that it holds, a property's display value, or its text where that is no such
+/// value. "nothing" for a member that is not there.
+std::string shown(const Member& member);
+
+/// A number in the shortest form that reads back equal; an int as it is.
+std::string shown(const SignalValue& value);
+
+}  // namespace trel::host

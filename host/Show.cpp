@@ -1,0 +1,118 @@
+#include "host/Show.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <vector>
+
+#include "host/Members.h"
+#include "host/Names.h"
+#include "host/Objects.h"
+#include "platform/station/Station.h"
+#include "smartcomp/Aggregation.h"
+#include "smartcomp/StationLogic.h"
+
+namespace trel::host {
+
+namespace {
+
+using smartcomp::Aggregation;
+using smartcomp::Connection;
+using smartcomp::SmartComponent;
+using smartcomp::StationLogic;
+
+class Printer {
+public:
+    Printer() {
+        for (const SmartComponent* const component : componentsNow())
+            if (!component->isStationLogic())
+                children_.emplace(component->getObjParentId(), component->id());
+    }
+
+    std::string print() {
+        line(0, "station {}", quoted(GetStationElem()->name()));
+        component(*StationLogic::inst(), 0);
+        for (const Controller* const controller : controllersNow()) {
+            line(1, "{}  controller  #{}", quoted(controller->name()), controller->id());
+            signals(controller->id(), 2);
+        }
+        return std::move(text_);
+    }
+
+private:
+    template <typename... Parts>
+    void line(unsigned depth, fmt::format_string<Parts...> form, Parts&&... parts) {
+        text_.append(2 * depth, ' ');
+        fmt::format_to(std::back_inserter(text_), form, std::forward<Parts>(parts)...);
+        // A display value may end in a blank.
+        text_.erase(text_.find_last_not_of(' ') + 1);
+        text_ += '\n';
+    }
+
+    void component(const SmartComponent& component, unsigned depth) {
+        if (!component.isStationLogic())
+            line(depth, "{}  {}  #{}", quoted(component.name()),
+                 component.element()->asString("type"), component.id());
+        properties(component.id(), depth + 1);
+        signals(component.id(), depth + 1);
+        if (const auto* const aggregation = dynamic_cast<const Aggregation*>(&component))
+            edges(*aggregation, depth + 1);
+        const auto [begin, end] = children_.equal_range(component.id());
+        for (auto child = begin; child != end; ++child)
+            if (const SmartComponent* const inner = componentOf(child->second))
+                this->component(*inner, depth + 1);
+    }
+
+    void properties(unsigned object, unsigned depth) {
+        for (const Member& member : membersOf(object))
+            if (member.kind == Member::Kind::Property)
+                line(depth, "{} = {}", quoted(nameOf(member).value_or("")), shown(member));
+    }
+
+    void signals(unsigned object, unsigned depth) {
+        for (const Member& member : membersOf(object))
+            if (member.kind == Member::Kind::Signal)
+                line(depth, "{} : {}{} = {}", quoted(nameOf(member).value_or("")), typeOf(member),
+                     isAutoReset(member) ? ", resets itself" : "", shown(member));
+    }
+
+    static std::string typeOf(const Member& member) {
+        if (auto* const signal = signalOf(member)) return signal->getTypeString();
+        return controllerSignalOf(member)->type;
+    }
+
+    static bool isAutoReset(const Member& member) {
+        if (const auto* const signal = signalOf(member)) return signal->isAutoReset();
+        return controllerSignalOf(member)->autoReset;
+    }
+
+    void edges(const Aggregation& aggregation, unsigned depth) {
+        std::map<unsigned, const Connection*> ordered;  // by index
+        for (const auto& [id, connection] : aggregation.connections())
+            ordered.emplace(connection->getIndex(), connection);
+        for (const auto& [index, connection] : ordered)
+            line(depth, "connection {}: {}", index, ends(*connection, Member::Kind::Signal));
+
+        std::map<unsigned, const Connection*> bindings;  // by id
+        for (const auto& [id, binding] : aggregation.bindings()) bindings.emplace(id, binding);
+        for (const auto& [id, binding] : bindings)
+            line(depth, "binding: {}", ends(*binding, Member::Kind::Property));
+    }
+
+    static std::string ends(const Connection& connection, Member::Kind kind) {
+        const Member from{connection.getSrcComponentId(), kind, connection.getSrcSignalId()};
+        const Member to{connection.getDstComponentId(), kind, connection.getDstSignalId()};
+        return fmt::format("{} -> {}", pathOf(from), pathOf(to));
+    }
+
+    std::multimap<unsigned, unsigned> children_;  // by parent
+    std::string text_;
+};
+
+}  // namespace
+
+std::string textOfStation() { return Printer().print(); }
+
+}  // namespace trel::host
