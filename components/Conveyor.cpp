@@ -33,21 +33,34 @@ void Conveyor::furnish(Furnisher& furnisher) {
 
 void Conveyor::start(long long time) {
     movedUntil_ = time;
+    readInputs();
     Reacting::start(time);
 }
 
+void Conveyor::readInputs() {
+    runs_ = isOn("Run");
+    backward_ = isOn("Backward");
+}
+
 void Conveyor::refresh(long long time) {
-    send("Running", isOn("Run") ? 1 : 0, time);
+    send("Running", runs_ ? 1 : 0, time);
     int carried = 0;
     for (const unsigned part : Part::ids())
         if (carries(part)) ++carried;
     send("Carrying", carried, time);
 }
 
+// What came before is still due to the old command.
+void Conveyor::inputArrived(const Arrival& arrival) {
+    step(arrival.time);
+    readInputs();
+    refresh(arrival.time);
+}
+
 void Conveyor::step(long long time) {
     const double seconds = static_cast<double>(time - movedUntil_) / microsecondsPerSecond;
     movedUntil_ = time;
-    if (isOn("Run")) move(settings().speed * seconds);
+    if (runs_) move(settings().speed * seconds);
     refresh(time);
 }
 
@@ -59,11 +72,10 @@ bool Conveyor::carries(unsigned partId) const {
 
 // A part keeps its distance from the middle of the belt.
 void Conveyor::move(double distance) {
-    const bool back = isOn("Backward");
     for (const unsigned id : Part::ids()) {
         if (!carries(id)) continue;
-        const Point from = back ? settings().end : settings().start;
-        const Point to = back ? settings().start : settings().end;
+        const Point from = backward_ ? settings().end : settings().start;
+        const Point to = backward_ ? settings().start : settings().end;
         const double length = lengthOf(to - from);
         if (length == 0) continue;
         Part& part = *Part::find(id);

@@ -38,11 +38,16 @@ public:
 
 private:
     void refresh(long long time) override;
+    void inputArrived(const Arrival& arrival) override;
     void step(long long time) override;
     bool carries(unsigned partId) const;
     void move(double distance);
+    void readInputs();
 
     long long movedUntil_ = 0;  // microseconds
+    // What the inputs say since then.
+    bool runs_ = false;
+    bool backward_ = false;
 };
 
 }  // namespace trel::components

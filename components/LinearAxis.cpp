@@ -31,6 +31,7 @@ void LinearAxis::furnish(Furnisher& furnisher) {
 
 void LinearAxis::start(long long time) {
     movedUntil_ = time;
+    going_ = isOn("Go");
     Reacting::start(time);
 }
 
@@ -39,13 +40,16 @@ void LinearAxis::refresh(long long time) {
     send("AtWork", settings().position == settings().work ? 1 : 0, time);
 }
 
-// It leaves, and arrives, when it is executed.
-void LinearAxis::inputArrived(const Arrival&) {}
+// What came before is still due to the old command.
+void LinearAxis::inputArrived(const Arrival& arrival) {
+    step(arrival.time);
+    going_ = isOn("Go");
+}
 
 void LinearAxis::step(long long time) {
     const double seconds = static_cast<double>(time - movedUntil_) / microsecondsPerSecond;
     movedUntil_ = time;
-    const Point goal = isOn("Go") ? settings().work : settings().home;
+    const Point goal = going_ ? settings().work : settings().home;
     keep(position, textOf(towards(settings().position, goal, settings().speed * seconds)));
     refresh(time);
 }

@@ -42,6 +42,7 @@ private:
     void step(long long time) override;
 
     long long movedUntil_ = 0;  // microseconds
+    bool going_ = false;        // to Work, since then
 };
 
 }  // namespace trel::components

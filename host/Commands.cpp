@@ -67,6 +67,8 @@ ExitCode run(const RunOptions& options, std::ostream& out) {
         script.moments, [&](const Script::Moment& moment) { return moment.at > length; });
     report(outcome, length, changes, static_cast<std::size_t>(late), out);
 
+    if (options.show) fmt::print(out, "\n{}", textOfStation());
+
     if (!outcome.failed.empty()) {
         if (options.save) fmt::print(out, "nothing is saved, since expectations failed\n");
         return ExitCode::ExpectationFailed;

@@ -18,6 +18,7 @@ struct RunOptions {
     std::optional<Time> step;
     std::vector<std::filesystem::path> libraries;
     std::optional<std::filesystem::path> save;
+    bool show = false;  // the station after the run
 };
 
 struct ShowOptions {

@@ -54,6 +54,7 @@ void addRun(CLI::App& app, RunOptions& options) {
         .add_option("--save", options.save,
                     "Where the station is saved after a good run; nothing is saved without it")
         ->type_name("FILE");
+    command.add_flag("--show", options.show, "Print the station after the run, as show does");
 }
 
 void addShow(CLI::App& app, ShowOptions& options) {
