@@ -31,17 +31,17 @@ std::string_view expectedFor(std::string_view type) {
         std::string_view expected;
     };
     static constexpr std::array<Entry, 7> entries{{
-        {"bool", "1, 0, true or false"},
-        {"int", "a whole number from -2147483648 to 2147483647"},
-        {"uint", "a whole number from 0 to 4294967295"},
-        {"uint64", "a whole number from 0 to 18446744073709551615"},
-        {"double", "a number such as -0.5 or 2e-3"},
-        {"vec3", "three numbers with blanks between them"},
-        {"pose", "seven numbers with blanks between them, x y z and the quaternion w x y z,"},
+        {"bool", "1, 0, true or false is"},
+        {"int", "a whole number from -2147483648 to 2147483647 is"},
+        {"uint", "a whole number from 0 to 4294967295 is"},
+        {"uint64", "a whole number from 0 to 18446744073709551615 is"},
+        {"double", "a number such as -0.5 or 2e-3 is"},
+        {"vec3", "three numbers with blanks between them are"},
+        {"pose", "seven numbers with blanks between them, x y z and the quaternion w x y z, are"},
     }};
     for (const Entry& entry : entries)
         if (entry.type == type) return entry.expected;
-    return "text";
+    return "text is";
 }
 
 unsigned idOf(std::string_view text, std::size_t offset) {
@@ -165,7 +165,7 @@ void Reader::ownValue(Element& e, std::string_view type, const char* text,
     } catch (const std::invalid_argument&) {
         throw TextFault(offsets.value(), xml::quoted(text) + " is no value of type " +
                                              std::string(type) + "; " +
-                                             std::string(expectedFor(type)) + " is expected");
+                                             std::string(expectedFor(type)) + " expected");
     }
     e.restoreValue(std::move(value));
 }

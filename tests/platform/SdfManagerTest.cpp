@@ -1,0 +1,68 @@
+#include "platform/sdf/SdfManager.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <mutex>
+#include <set>
+#include <vector>
+
+#include "platform/sdf/SdfObject.h"
+
+namespace {
+
+using sdf::Element;
+using sdf::SdfManager;
+using sdf::SdfObject;
+
+TEST(SdfManager, IsOne) { EXPECT_EQ(SdfManager::inst(), SdfManager::inst()); }
+
+TEST(SdfManager, FindsWhatStandsInTheTable) {
+    SdfObject object(Element::Create("part"), sdf::ObjectType::None);
+    SdfManager& manager = *SdfManager::inst();
+    EXPECT_EQ(manager.find(7), nullptr);
+    manager.objects()[7] = &object;
+    EXPECT_EQ(manager.find(7), &object);
+    SdfManager::Remove(7);
+    EXPECT_EQ(manager.find(7), nullptr);
+    EXPECT_FALSE(manager.objects().contains(7));
+    SdfManager::Remove(7);
+}
+
+TEST(SdfManager, RemovingLeavesTheObjectAlive) {
+    SdfObject object(Element::Create("part"), sdf::ObjectType::None);
+    SdfManager::inst()->objects()[7] = &object;
+    SdfManager::Remove(7);
+    EXPECT_TRUE(object.element()->isMirrored());
+}
+
+TEST(SdfManager, TheLockIsFreeAfterEveryOperation) {
+    SdfManager::inst()->find(1);
+    SdfManager::Remove(1);
+    const std::unique_lock lock(SdfManager::inst()->mutex(), std::try_to_lock);
+    EXPECT_TRUE(lock.owns_lock());
+}
+
+TEST(SdfManager, TheLockIsTakenSharedByManyReaders) {
+    const std::shared_lock first(SdfManager::inst()->mutex());
+    const std::shared_lock second(SdfManager::inst()->mutex(), std::try_to_lock);
+    EXPECT_TRUE(second.owns_lock());
+    EXPECT_FALSE(std::unique_lock(SdfManager::inst()->mutex(), std::try_to_lock).owns_lock());
+}
+
+// Ids chosen to fall into one bucket of a table of any usual size.
+TEST(SdfManager, IdsThatDifferByAMultipleOfTheTableAreSpread) {
+    auto& table = SdfManager::inst()->objects();
+    constexpr unsigned count = 4000;
+    for (unsigned i = 1; i <= count; ++i) table[i] = nullptr;
+    const auto buckets = static_cast<unsigned>(table.bucket_count());
+    table.clear();
+    for (unsigned i = 1; i <= count; ++i) table[i * buckets] = nullptr;
+    std::size_t fullest = 0;
+    for (std::size_t b = 0; b < table.bucket_count(); ++b)
+        fullest = std::max(fullest, table.bucket_size(b));
+    table.clear();
+    EXPECT_LT(fullest, 20u);
+}
+
+}  // namespace
