@@ -154,17 +154,18 @@ void Aggregation::writeXY(unsigned childId, int x, int y) {
 // Connections.
 
 void Aggregation::loadConnections() {
-    std::vector<Connection*> loaded;
+    std::vector<std::unique_ptr<Connection>> read;
     for (const auto& child : element()->children("connection")) {
-        std::unique_ptr<Connection> connection(new Connection(child));
-        loaded.push_back(connection.get());
-        // Of two with one id the later is loaded; the earlier is lost.
-        connections_[connection->id()] = connection.get();
+        read.emplace_back(new Connection(child));
+        connections_[read.back()->id()] = read.back().get();
+    }
+    std::vector<Connection*> loaded;
+    for (auto& connection : read) {
+        // Of two with one id the later is loaded; the earlier dies with `read`.
+        if (connections_[connection->id()] != connection.get()) continue;
+        if (!connection->isBinding()) loaded.push_back(connection.get());
         connection.release();
     }
-    std::erase_if(loaded, [this](const Connection* connection) {
-        return connection->isBinding() || connections_[connection->id()] != connection;
-    });
     // The indices make the order, not the document; whatever they are, it has no
     // gaps. Indices that have none are not written.
     std::ranges::stable_sort(loaded, {}, &Connection::getIndex);
