@@ -1,0 +1,136 @@
+#include <stdexcept>
+
+#include "smartcomp/Lifecycle.h"
+#include "tests/smartcomp/Cell.h"
+
+namespace trel::test {
+
+namespace {
+
+using smartcomp::Build;
+using smartcomp::GetAllSmartComponents;
+using smartcomp::RemoveSmartComponent;
+using smartcomp::RemoveSubSmartComponent;
+
+class RemovalTest : public CellTest {
+protected:
+    void SetUp() override {
+        CellTest::SetUp();
+        logic();
+        freshLog();
+    }
+    static bool isInDocument(unsigned id) {
+        for (const auto& element : GetStationElem()->children("smart_component"))
+            if (element->getId(true) == id) return true;
+        return false;
+    }
+    static bool isListed(const SmartComponent* component) {
+        for (const auto* entry : GetAllSmartComponents())
+            if (entry == component) return true;
+        return false;
+    }
+};
+
+}  // namespace
+
+TEST_F(RemovalTest, ARemovedComponentLeavesParentTableAndDocumentButNotTheList) {
+    SmartComponent* const lamp = Build("Plain", 10, "Lamp", logicId);
+    logic().setChildXY(10, 5, 6);
+    freshLog();
+
+    RemoveSmartComponent(10);
+
+    EXPECT_FALSE(logic().hasObjChild(10));
+    EXPECT_EQ(logic().element()->children("child").size(), 0u);
+    EXPECT_EQ(logic().getChildXY(10), std::nullopt);
+    EXPECT_FALSE(isInTable(10));
+    EXPECT_TRUE(Plain::objectIsInvalid(10));
+    EXPECT_FALSE(isInDocument(10));
+    EXPECT_FALSE(Alive::contains(lamp));
+    EXPECT_TRUE(isListed(lamp));
+    EXPECT_EQ(log().notices(), Lines{});
+}
+
+TEST_F(RemovalTest, TheParentIsToldFirstThenTheTableThenTheComponentDies) {
+    auto& lamp = dynamic_cast<Plain&>(*Build("Plain", 10, "Lamp", logicId));
+    bool isChild = true, inTable = true, inDocument = false;
+    lamp.whenDestroyed = [&] {
+        isChild = logic().hasObjChild(10);
+        inTable = isInTable(10);
+        inDocument = isInDocument(10);
+    };
+    RemoveSmartComponent(10);
+    EXPECT_FALSE(isChild);
+    EXPECT_FALSE(inTable);
+    EXPECT_TRUE(inDocument) << "the element goes with the base";
+}
+
+TEST_F(RemovalTest, ConnectionsThatNameARemovedComponentStay) {
+    Build("Plain", 10, "Lamp", logicId);
+    const unsigned id = connect(logic(), {logicId, 1}, {10, 1});
+    RemoveSmartComponent(10);
+    EXPECT_EQ(logic().getConnection(id)->getDstComponentId(), 10u);
+}
+
+TEST_F(RemovalTest, ASubComponentGoesWithoutTellingItsParent) {
+    auto& box = dynamic_cast<Box&>(*Build("Box", 10, "Box", logicId));
+    SmartComponent* const inner = Build("Plain", 11, "Inner", 10);
+    box.setChildXY(11, 5, 6);
+
+    RemoveSubSmartComponent(11);
+
+    EXPECT_TRUE(box.hasObjChild(11));
+    EXPECT_EQ(box.getChildXY(11), std::pair(5, 6));
+    EXPECT_FALSE(isInTable(11));
+    EXPECT_FALSE(isInDocument(11));
+    EXPECT_FALSE(Alive::contains(inner));
+    EXPECT_TRUE(isListed(inner));
+}
+
+TEST_F(RemovalTest, AnUnknownIdThrowsAndChangesNothing) {
+    Build("Plain", 10, "Lamp", logicId);
+    expectThrow<std::out_of_range>(noKey, [] { RemoveSmartComponent(noSuchId); });
+    expectThrow<std::out_of_range>(noKey, [] { RemoveSubSmartComponent(noSuchId); });
+    EXPECT_TRUE(isInTable(10));
+    EXPECT_TRUE(logic().hasObjChild(10));
+}
+
+TEST_F(RemovalTest, WhatIsNoComponentIsABadCastAndStays) {
+    enter<Thing>(20, "Pallet");
+    enterObject(21, nullptr);
+    for (const unsigned id : {20u, 21u}) {
+        expectThrow<std::bad_cast>([&] { RemoveSmartComponent(id); });
+        expectThrow<std::bad_cast>([&] { RemoveSubSmartComponent(id); });
+        EXPECT_TRUE(isInTable(id));
+    }
+}
+
+TEST_F(RemovalTest, AComponentUnderAnUnknownParentStays) {
+    Plain& lamp = Draft("Plain", 10, "Lamp").in(noSuchId).make<Plain>();
+    expectThrow<std::out_of_range>(noKey, [] { RemoveSmartComponent(10); });
+    EXPECT_TRUE(isInTable(10));
+    EXPECT_TRUE(Alive::contains(&lamp));
+}
+
+TEST_F(RemovalTest, AComponentUnderWhatIsNoAggregationStays) {
+    Draft("Plain", 20, "Other").make<Plain>();
+    Draft("Plain", 10, "Lamp").in(20).make<Plain>();
+    expectThrow<std::bad_cast>([] { RemoveSmartComponent(10); });
+    EXPECT_TRUE(isInTable(10));
+}
+
+TEST_F(RemovalTest, AnAggregationLeavesItsChildrenToTheCaller) {
+    Build("Box", 10, "Box", logicId);
+    Build("Plain", 11, "Inner", 10);
+    RemoveSmartComponent(10);
+    EXPECT_TRUE(isInTable(11));
+    EXPECT_TRUE(isInDocument(11));
+}
+
+TEST_F(RemovalTest, AnIdIsFreeAgainAfterARemoval) {
+    Build("Plain", 10, "Lamp", logicId);
+    RemoveSmartComponent(10);
+    EXPECT_EQ(Build("Plain", 10, "Horn", logicId)->name(), "Horn");
+}
+
+}  // namespace trel::test
