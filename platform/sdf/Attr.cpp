@@ -10,13 +10,17 @@
 namespace sdf {
 
 Attr::Attr(std::string_view name, std::string_view type, std::any value, bool persistent)
-    : name_(name), value_(std::move(value)), persistent_(persistent) {
+    : name_(name.empty() ? nullptr : std::make_unique<const std::string>(name)),
+      value_(std::move(value)),
+      persistent_(persistent) {
     if (Type(value_.type()) != type)
         throw std::invalid_argument("a value of type " + Type(value_.type()) + " is no " +
                                     std::string(type));
 }
 
 Attr::~Attr() = default;
+Attr::Attr(Attr&&) noexcept = default;
+Attr& Attr::operator=(Attr&&) noexcept = default;
 
 void Attr::set(const std::any& value) {
     Type(value.type());  // may throw: the old value stays
@@ -30,9 +34,9 @@ const std::string& Attr::Type(const std::type_info& type) {
     };
     // Never destroyed: elements are written to until the very end of a process.
     static const auto& names = *new std::array<Entry, 8>{{
+        {&typeid(std::string), "string"},
         {&typeid(int), "int"},
         {&typeid(double), "double"},
-        {&typeid(std::string), "string"},
         {&typeid(bool), "bool"},
         {&typeid(unsigned), "uint"},
         {&typeid(unsigned long long), "uint64"},

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <any>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -13,18 +14,21 @@ namespace sdf {
 class Attr {
 public:
     /// `type` must be the document's name of the value's type; a value that is
-    /// not persistent is left out of the file.
+    /// not persistent is left out of the file. The own value of an element has no
+    /// name: it goes by the element's tag.
     /// \throws std::invalid_argument for a value of another type than `type`
     /// says, or of a type that the document cannot hold.
     Attr(std::string_view name, std::string_view type, std::any value, bool persistent);
     ~Attr();
+    Attr(Attr&&) noexcept;
+    Attr& operator=(Attr&&) noexcept;
 
     /// Takes a new value, which may be of another type.
     /// \throws std::invalid_argument if the document cannot hold such a value;
     /// the old one stays.
     void set(const std::any& value);
 
-    const std::string& name() const { return name_; }
+    std::string_view name() const { return name_ ? *name_ : std::string_view(); }
     const std::string& type() const { return Type(value_.type()); }
     const std::any& value() const { return value_; }
     bool isPersistent() const { return persistent_; }
@@ -35,7 +39,7 @@ public:
     static const std::string& Type(const std::type_info& type);
 
 private:
-    std::string name_;
+    std::unique_ptr<const std::string> name_;  // null when empty, as it mostly is
     std::any value_;
     bool persistent_;
 };

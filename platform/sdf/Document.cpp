@@ -59,8 +59,8 @@ Document Document::fromText(std::string_view text, const std::string& name) {
     std::string lines;
     if (text.find('\r') != std::string_view::npos) text = lines = withUnixLines(text);
     try {
-        checkMarkup(text, maxDepth);
-        DocumentParts parts = readParts(text);
+        const bool hasText = checkMarkup(text, maxDepth);
+        DocumentParts parts = readParts(text, hasText);
         Document document(std::move(parts.root));
         document.before_ = std::move(parts.before);
         document.after_ = std::move(parts.after);

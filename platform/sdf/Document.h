@@ -40,7 +40,13 @@ private:
 ///
 /// The attributes "id" and "name" are the object id and name; an attribute named
 /// after a type of value (see valuetext) is the element's own value in that type;
-/// any other attribute, comment and element is kept as it is. UTF-8 throughout.
+/// any other attribute, comment and element is kept as it is. An element with
+/// text among its children is kept on one line with all that it contains, for
+/// there every blank counts. UTF-8 throughout.
+///
+/// A file in another layout or other spellings (single quotes, CR LF, CDATA,
+/// references, "2.50" for "2.5") is read too, and is in this form once saved. A
+/// document type is refused.
 class Document {
 public:
     /// Deeper nesting is refused, when reading and when writing.

@@ -35,6 +35,7 @@ public:
     Check(std::string_view text, unsigned maxDepth) : text_(text), maxDepth_(maxDepth) {}
 
     void run();
+    bool hasText() const { return hasText_; }
 
 private:
     struct Open {
@@ -74,6 +75,7 @@ private:
     unsigned maxDepth_;
     std::size_t pos_ = 0;
     bool hasRoot_ = false;
+    bool hasText_ = false;
     std::vector<Open> open_;
     std::vector<std::string_view> attributes_;  // of the tag that is being read
 };
@@ -242,6 +244,7 @@ void Check::comment() {
 void Check::characterData() {
     if (open_.empty())
         fail(pos_, "character data stands outside the root element; an element is expected");
+    hasText_ = true;
     const std::size_t end = text_.find("]]>", pos_);
     if (end == std::string_view::npos)
         fail(pos_, "the character data does not end; \"]]>\" is expected");
@@ -266,7 +269,10 @@ void Check::instruction() {
 }
 
 void Check::text() {
+    pos_ = xml::behindBlanks(text_, pos_);
     const std::size_t end = std::min(text_.find('<', pos_), text_.size());
+    if (pos_ == end) return;
+    hasText_ = true;
     const std::string_view run = text_.substr(pos_, end - pos_);
     const std::size_t bracket = run.find("]]>");
     if (bracket != std::string_view::npos)
@@ -308,7 +314,7 @@ void Check::numericReference(std::size_t start, std::string_view digits) {
 
 bool Check::skipBlanks() {
     const std::size_t start = pos_;
-    pos_ = std::min(text_.find_first_not_of(xml::blanks, pos_), text_.size());
+    pos_ = xml::behindBlanks(text_, pos_);
     return pos_ > start;
 }
 
@@ -361,6 +367,10 @@ Element::Place PlaceFinder::placeOf(std::size_t offset) {
     return place_;
 }
 
-void checkMarkup(std::string_view text, unsigned maxDepth) { Check(text, maxDepth).run(); }
+bool checkMarkup(std::string_view text, unsigned maxDepth) {
+    Check check(text, maxDepth);
+    check.run();
+    return check.hasText();
+}
 
 }  // namespace sdf

@@ -38,8 +38,9 @@ private:
 
 /// Checks that a text is one well-formed XML document in UTF-8, without a
 /// document type, and nested at most `maxDepth` deep: all that the parser behind
-/// it lets pass. Line ends must be LF already.
-/// \throws TextFault for the first fault.
-void checkMarkup(std::string_view text, unsigned maxDepth);
+/// it lets pass. Line ends must be LF already. Says whether there is text in it
+/// that is more than blanks for the layout.
+/// \throws TextFault
+bool checkMarkup(std::string_view text, unsigned maxDepth);
 
 }  // namespace sdf

@@ -20,10 +20,11 @@ using Kind = Element::Kind;
 using pugi::xml_attribute;
 using pugi::xml_node;
 
-// Blank text is kept: beside other text it says something.
-constexpr unsigned parseFlags = pugi::parse_pi | pugi::parse_comments | pugi::parse_cdata |
-                                pugi::parse_escapes | pugi::parse_wconv_attribute |
-                                pugi::parse_ws_pcdata;
+// Blank text says something beside other text, and costs much where it does not.
+constexpr unsigned parseFlags(bool hasText) {
+    return pugi::parse_pi | pugi::parse_comments | pugi::parse_cdata | pugi::parse_escapes |
+           pugi::parse_wconv_attribute | (hasText ? pugi::parse_ws_pcdata : 0);
+}
 
 std::string_view expectedFor(std::string_view type) {
     struct Entry {
@@ -65,8 +66,10 @@ public:
         : text_(text), pos_(behindTag) {}
 
     void next() {
-        name_ = text_.find_first_not_of(xml::blanks, pos_);
-        value_ = text_.find_first_of("\"'", name_) + 1;
+        name_ = xml::behindBlanks(text_, pos_);
+        value_ = name_;
+        while (text_[value_] != '"' && text_[value_] != '\'') ++value_;
+        ++value_;
         pos_ = text_.find(text_[value_ - 1], value_) + 1;
     }
     std::size_t name() const { return name_; }
@@ -81,7 +84,7 @@ private:
 
 class Reader {
 public:
-    explicit Reader(std::string_view text) : text_(text), places_(text) {}
+    Reader(std::string_view text, bool hasText) : text_(text), places_(text), hasText_(hasText) {}
 
     DocumentParts parts();
 
@@ -99,12 +102,13 @@ private:
 
     std::string_view text_;
     PlaceFinder places_;
+    bool hasText_;
 };
 
 DocumentParts Reader::parts() {
     pugi::xml_document document;
     const auto result =
-        document.load_buffer(text_.data(), text_.size(), parseFlags, pugi::encoding_utf8);
+        document.load_buffer(text_.data(), text_.size(), parseFlags(hasText_), pugi::encoding_utf8);
     if (!result)
         throw TextFault(static_cast<std::size_t>(result.offset),
                         std::string(result.description()) + "; well-formed XML is expected");
@@ -123,7 +127,7 @@ std::shared_ptr<Element> Reader::element(const xml_node& node, bool insideText) 
     const std::string_view tag = node.name();
     auto e = placed(Element::Create(tag), start);
     attributes(node, *e, start + 1 + tag.size());
-    children(node, *e, insideText || hasText(node));
+    children(node, *e, insideText || (hasText_ && hasText(node)));
     return e;
 }
 
@@ -216,7 +220,7 @@ bool Reader::hasText(const xml_node& node) const {
     for (const xml_node& child : node) {
         if (child.type() == pugi::node_cdata && *child.value()) return true;
         if (child.type() != pugi::node_pcdata) continue;
-        if (text_[text_.find_first_not_of(xml::blanks, offsetOf(child))] != '<') return true;
+        if (text_[xml::behindBlanks(text_, offsetOf(child))] != '<') return true;
     }
     return false;
 }
@@ -240,6 +244,8 @@ std::size_t Reader::offsetOf(const xml_node& node) {
 
 }  // namespace
 
-DocumentParts readParts(std::string_view text) { return Reader(text).parts(); }
+DocumentParts readParts(std::string_view text, bool hasText) {
+    return Reader(text, hasText).parts();
+}
 
 }  // namespace sdf

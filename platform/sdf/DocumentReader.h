@@ -15,8 +15,9 @@ struct DocumentParts {
     std::vector<std::shared_ptr<Element>> after;  // and behind it
 };
 
-/// Makes elements of a text that is well-formed XML (see checkMarkup).
+/// Makes elements of a text that is well-formed XML; `hasText` is what checkMarkup
+/// said of it.
 /// \throws TextFault for an id or a value that is none.
-DocumentParts readParts(std::string_view text);
+DocumentParts readParts(std::string_view text, bool hasText);
 
 }  // namespace sdf

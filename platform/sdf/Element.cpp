@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view valueKey = "value";
 
 // With more children than this, keys are found through an index.
-constexpr std::size_t fewChildren = 16;
+constexpr unsigned fewChildren = 16;
 
 // Never destroyed: elements are written to until the very end of a process.
 Subscribers<ValueObserver>& observers() {
@@ -77,7 +77,7 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
     if (isNamed && !xml::isName(tag))
         throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
     auto note = std::make_shared<Element>(Key{}, kind, tag);
-    note->attr_ = std::make_unique<Attr>(tag, "string", std::string(text), true);
+    note->attr_.emplace("", "string", std::string(text), true);
     return note;
 }
 
@@ -123,7 +123,9 @@ const std::string& Element::name() const {
     return name_ ? *name_ : none;
 }
 
-void Element::setName(std::string name) { name_ = std::move(name); }
+void Element::setName(std::string name) {
+    name_ = std::make_unique<const std::string>(std::move(name));
+}
 
 unsigned Element::getId(bool orZero) const {
     if (id_ == 0 && !orZero) throw std::logic_error(path() + " has no object id");
@@ -177,7 +179,7 @@ std::shared_ptr<Element> Element::appendObject(std::string_view tag, unsigned id
                                                std::string_view name) {
     auto object = Create(tag);
     object->id_ = id;
-    object->name_ = name;
+    object->setName(std::string(name));
     insertBefore(object, nullptr);
     return object;
 }
@@ -297,13 +299,14 @@ void Element::setValue(std::any value) {
     else if (e.attr_)
         e.attr_->set(value);
     else
-        e.attr_ = std::make_unique<Attr>(e.tag_, Attr::Type(value.type()), value, true);
+        e.attr_.emplace("", Attr::Type(value.type()), value, true);
     observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
 }
 
 void Element::restoreValue(std::any value) {
     Element& e = holder();
-    e.attr_ = std::make_unique<Attr>(e.tag_, Attr::Type(value.type()), std::move(value), true);
+    const std::string& type = Attr::Type(value.type());
+    e.attr_.emplace("", type, std::move(value), true);
 }
 
 void Element::setValueFromString(std::string_view text) {

@@ -38,8 +38,8 @@ class Element : public std::enable_shared_from_this<Element> {
     struct Key {};  // only Create makes elements
 
 public:
-    /// A place in a file, both counted from 1; 0 in an element that a program
-    /// made.
+    /// A place in a file: both count from 1, the column in characters; 0 in an
+    /// element that a program made.
     struct Place {
         unsigned line = 0;
         unsigned column = 0;
@@ -79,7 +79,7 @@ public:
 
     /// The object name; empty when there is none.
     const std::string& name() const;
-    bool hasName() const { return name_.has_value(); }
+    bool hasName() const { return name_ != nullptr; }
     void setName(std::string name);
 
     /// The object id. Without one: 0 if `orZero`, otherwise it
@@ -162,7 +162,7 @@ public:
 
     /// The typed value as it stands in this very node, null when there is none;
     /// for a note, its text.
-    const Attr* ownValue() const { return attr_.get(); }
+    const Attr* ownValue() const { return attr_ ? &*attr_ : nullptr; }
 
     /// \name Walking all nodes, notes and attributes included
     /// @{
@@ -192,8 +192,8 @@ private:
     T as(std::string_view name) const;
 
     std::string tag_;
-    std::optional<std::string> name_;
-    std::unique_ptr<Attr> attr_;
+    std::unique_ptr<const std::string> name_;
+    std::optional<Attr> attr_;
     Element* parent_ = nullptr;
     std::shared_ptr<Element> first_;  // children, each owning the next
     Element* last_ = nullptr;
@@ -202,7 +202,7 @@ private:
     std::unique_ptr<TagIndex> index_;  // once there are many children
     Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
     Element* prevAlike_ = nullptr;
-    std::size_t childCount_ = 0;
+    unsigned childCount_ = 0;
     unsigned id_ = 0;
     unsigned mirrors_ = 0;
     Place place_;

@@ -53,8 +53,8 @@ bool isIn(const std::array<Range, n>& ranges, char32_t code) {
     });
 }
 
+// Beyond ASCII.
 bool mayStandInName(char32_t code, bool first) {
-    if (code < ascii.size()) return ascii[code] & (first ? nameStart : namePart);
     return isIn(nameStarts, code) || (!first && isIn(nameParts, code));
 }
 
@@ -103,6 +103,12 @@ std::size_t allowedLength(std::string_view text) {
 std::size_t nameLength(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size()) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        if (c < ascii.size()) {
+            if (!(ascii[c] & (i == 0 ? nameStart : namePart))) break;
+            ++i;
+            continue;
+        }
         const auto [code, length] = decode(text.substr(i));
         if (length == 0 || !mayStandInName(code, i == 0)) break;
         i += length;

@@ -9,6 +9,14 @@ namespace sdf::xml {
 
 inline constexpr std::string_view blanks = " \t\r\n";
 
+constexpr bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+
+/// The first place from `at` on that holds no blank; the end if there is none.
+constexpr std::size_t behindBlanks(std::string_view text, std::size_t at) {
+    while (at < text.size() && isBlank(text[at])) ++at;
+    return at;
+}
+
 /// One character and the number of bytes that it takes.
 struct Character {
     char32_t code;

@@ -1,18 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "platform/sdf/Element.h"
+#include "tests/platform/LeastTime.h"
 #include "tests/smartcomp/Expect.h"
 
 namespace {
 
 using sdf::Element;
 using trel::test::expectThrow;
+using trel::test::generous;
+using trel::test::leastTime;
 using Row = std::vector<std::shared_ptr<Element>>;
 
 Row rowOf(const Element& e) {
@@ -183,21 +185,6 @@ TEST(ElementTree, AHundredThousandLevelsAreDestroyedWithoutRecursion) {
     EXPECT_TRUE(end.expired());
 }
 
-using Clock = std::chrono::steady_clock;
-
-// The least time that an action took, of several times.
-template <typename Prepare, typename Action>
-double leastTime(const Prepare& prepare, const Action& action) {
-    double least = 1e9;
-    for (int i = 0; i < 5; ++i) {
-        auto state = prepare();
-        const auto start = Clock::now();
-        action(state);
-        least = std::min(least, std::chrono::duration<double>(Clock::now() - start).count());
-    }
-    return least;
-}
-
 struct LongRow {
     std::shared_ptr<Element> parent;
     Row middle;  // a thousand children to be taken out
@@ -212,8 +199,6 @@ LongRow longRow(std::size_t size) {
     row.parent->append("last_key");
     return row;
 }
-
-constexpr double generous = 4.0;  // a hundred would mean a walk over the siblings
 
 TEST(ElementCost, FindingAKeyDoesNotGrowWithItsSiblings) {
     const auto find = [](LongRow& row) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/sdf/SdfManager.h"
+#include "tests/platform/LeastTime.h"
 
 namespace {
 
@@ -197,6 +198,28 @@ TEST_F(Container, ACopyHasTheChildrenInATableOfItsOwn) {
     EXPECT_TRUE(container(1).hasObjChild(2));
     EXPECT_TRUE(assigned.hasObjChild(2));
     EXPECT_EQ(assigned.id(), 1u);
+}
+
+TEST(ContainerCost, RemovingAChildDoesNotGrowWithTheirNumber) {
+    struct Family {
+        std::unique_ptr<SdfContainer> parent;
+        unsigned middle;
+    };
+    const auto family = [](unsigned size) {
+        return [size] {
+            Family made{std::make_unique<SdfContainer>(Element::Create("smart_component"),
+                                                       sdf::ObjectType::Component),
+                        size / 2};
+            for (unsigned id = 1; id <= size; ++id) made.parent->addObjChildWithSdf(id);
+            return made;
+        };
+    };
+    const auto removeSome = [](Family& f) {
+        for (unsigned i = 0; i < 900; ++i) f.parent->removeObjChildWithSdf(f.middle + i);
+    };
+    const double few = trel::test::leastTime(family(2000), removeSome);
+    const double many = trel::test::leastTime(family(200000), removeSome);
+    EXPECT_LT(many, trel::test::generous * few);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/sdf/SdfObject.h"
+#include "tests/platform/LeastTime.h"
 
 namespace {
 
@@ -63,6 +64,25 @@ TEST(SdfManager, IdsThatDifferByAMultipleOfTheTableAreSpread) {
         fullest = std::max(fullest, table.bucket_size(b));
     table.clear();
     EXPECT_LT(fullest, 20u);
+}
+
+TEST(SdfManager, DroppingAnObjectDoesNotGrowWithTheTable) {
+    const auto table = [](unsigned size) {
+        return [size] {
+            auto& objects = SdfManager::inst()->objects();
+            objects.clear();
+            for (unsigned id = 1; id <= size; ++id) objects[id] = nullptr;
+            return size / 2;
+        };
+    };
+    const auto dropSome = [](unsigned first) {
+        for (unsigned id = first; id < first + 1000; ++id) SdfManager::Remove(id);
+    };
+    const double few = trel::test::leastTime(table(2000), dropSome);
+    const double many = trel::test::leastTime(table(200000), dropSome);
+    SdfManager::inst()->objects().clear();
+    // The entries of a large table lie scattered in memory, which costs by itself.
+    EXPECT_LT(many, 3 * trel::test::generous * few);
 }
 
 }  // namespace
