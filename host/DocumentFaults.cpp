@@ -75,16 +75,16 @@ private:
         if (!holder) return;
         try {
             read(*holder);
-        } catch (const std::exception& error) {
-            add(*holder, fmt::format("\"{}\" cannot be read as {} ({}); write {}", holder->tag(),
-                                     wanted, error.what(), wanted));
+        } catch (const std::invalid_argument&) {
+            add(*holder, fmt::format("\"{}\" holds \"{}\", which is no {}; write a {}",
+                                     holder->tag(), holder->getStringFromValue(), wanted, wanted));
         }
     }
     void inspectFlag(sdf::Element& element, std::string_view key) {
-        inspectValue(element, key, "a bool", [](sdf::Element& held) { held.asBool(""); });
+        inspectValue(element, key, "bool", [](sdf::Element& held) { held.asBool(""); });
     }
     void inspectId(sdf::Element& element, std::string_view key) {
-        inspectValue(element, key, "an object id", [](sdf::Element& held) { held.asUInt(""); });
+        inspectValue(element, key, "number of an object", [](sdf::Element& held) { held.asUInt(""); });
     }
 
     void inspectMembers(const sdf::Element& owner, std::string_view tag) {
@@ -119,7 +119,7 @@ private:
     void inspectSignal(sdf::Element& signal, bool ofController) {
         inspectFlag(signal, "auto_reset");
         const bool digital = signal.asString("type").starts_with("Digital");
-        inspectValue(signal, "value", "a number", [&](sdf::Element& held) {
+        inspectValue(signal, "value", "number", [&](sdf::Element& held) {
             digital ? static_cast<double>(held.asInt("")) : held.asDouble("");
         });
         const ElementPtr name = signal.get("name");
@@ -168,9 +168,9 @@ private:
 
     void inspectContents(sdf::Element& element) {
         inspectId(element, "role_object");
-        inspectValue(element, "pose", "a pose", [](sdf::Element& held) { held.asPose(""); });
+        inspectValue(element, "pose", "pose", [](sdf::Element& held) { held.asPose(""); });
         for (const auto& xy : element.children("xy"))
-            inspectValue(*xy, "", "a vec3", [](sdf::Element& held) { held.asVec3(""); });
+            inspectValue(*xy, "", "vec3", [](sdf::Element& held) { held.asVec3(""); });
         for (const auto& child : element.children("child")) {
             inspectId(*child, "");
             const auto names = [&] { return byId_.contains(child->asUInt("")); };
@@ -199,13 +199,13 @@ private:
         const ElementPtr end = connection.get(key);
         unsigned long long ends = 0;
         try {
-            if (!end || !end->value().has_value()) throw std::invalid_argument("nothing there");
+            if (!end || !end->value().has_value()) throw std::invalid_argument("no end");
             ends = end->asUInt64("");
-        } catch (const std::invalid_argument& error) {
+        } catch (const std::invalid_argument&) {
             return add(end ? *end : connection,
-                       fmt::format("the {} of a connection cannot be read ({}); write it as "
+                       fmt::format("the {} of a connection cannot be read; write it as "
                                    "uint64=\"...\"",
-                                   key, error.what()));
+                                   key));
         }
         const auto object = byId_.find(componentOf(ends));
         if (object == byId_.end())

@@ -83,7 +83,10 @@ std::string shown(const Member& member) {
     Property* const property = propertyOf(member);
     if (!property) return "nothing";
     try {
-        return property->getDisplayValue();
+        // A number without a unit ends in a blank.
+        std::string text = property->getDisplayValue();
+        text.erase(text.find_last_not_of(' ') + 1);
+        return text;
     } catch (const std::exception&) {
         return property->value();
     }

@@ -46,8 +46,6 @@ private:
     void line(unsigned depth, fmt::format_string<Parts...> form, Parts&&... parts) {
         text_.append(2 * depth, ' ');
         fmt::format_to(std::back_inserter(text_), form, std::forward<Parts>(parts)...);
-        // A display value may end in a blank.
-        text_.erase(text_.find_last_not_of(' ') + 1);
         text_ += '\n';
     }
 

@@ -1,0 +1,3 @@
+// A library, but none of component types.
+extern "C" int trelComponentsAbi();
+int trelComponentsAbi() { return 1; }

@@ -1,0 +1,75 @@
+// A library of component types that misbehave, each in its own way.
+#include <QString>
+
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "smartcomp/Lifecycle.h"
+#include "smartcomp/Manager.h"
+#include "smartcomp/SmartComponent.h"
+#include "smartcomp/StationLogic.h"
+#include "smartcomp/TypeLibrary.h"
+
+namespace {
+
+using trel::smartcomp::SmartComponent;
+
+class Odd : public SmartComponent {
+public:
+    explicit Odd(std::shared_ptr<sdf::Element> element)
+        : SmartComponent(std::move(element), sdf::ObjectType::Component) {}
+    void handleInputSignal(unsigned, int, long long) override {}
+    void execute(long long) override {}
+    void readPropertyValues() override {}
+};
+
+// Fails at 30 ms.
+class Thrower final : public Odd {
+public:
+    using Odd::Odd;
+    void handleInputSignal(unsigned, int, long long) override {
+        throw std::runtime_error("does not like its input");
+    }
+    void execute(long long time) override {
+        if (time == 30'000) throw std::runtime_error("has had enough");
+    }
+};
+
+// Fails when it is made.
+class Stillborn final : public Odd {
+public:
+    using Odd::Odd;
+    void readPropertyValues() override { throw std::runtime_error("misses its settings"); }
+};
+
+// Removes the component 11 at 20 ms, and makes a new one in its place at 40 ms.
+class Changer final : public Odd {
+public:
+    using Odd::Odd;
+    void execute(long long time) override {
+        if (time == 20'000) trel::smartcomp::RemoveSmartComponent(11);
+        if (time == 40'000) trel::smartcomp::Build("NotGate", 11, "New", 2);
+    }
+};
+
+template <typename Type>
+SmartComponent* make(std::shared_ptr<sdf::Element> element) {
+    return new Type(std::move(element));
+}
+
+template <typename Type>
+void enter(const char* name) {
+    trel::smartcomp::Manager::inst()->registerType(name, make<Type>, make<Type>,
+                                                   [] { return QString(); });
+}
+
+}  // namespace
+
+int trelComponentsAbi() { return trel::smartcomp::typeLibraryAbi; }
+
+void trelRegisterComponents() {
+    enter<Thrower>("Thrower");
+    enter<Stillborn>("Stillborn");
+    enter<Changer>("Changer");
+}
