@@ -155,14 +155,14 @@ TEST_F(SmartComponentTest, TheTablesAreTheLiveOnes) {
 }
 
 TEST_F(SmartComponentTest, APropertyOfATakenIdTakesThePlaceOfTheEarlierOne) {
-    Plain& lamp = lampDraft().make<Plain>();
-    loseOverwrittenEntry([&] {
+    loseOverwrittenEntry([] {
+        Plain& lamp = lampDraft().make<Plain>();
         Property* const second = Property::Create(
             &lamp, propertyElement(1, "Second", "String", std::string("b")));
         EXPECT_EQ(second, lamp.getProperty(1));
+        EXPECT_EQ(lamp.getProperties().size(), 2u);
+        EXPECT_EQ(lamp.getProperty(1)->name(), "Second");
     });
-    EXPECT_EQ(lamp.getProperties().size(), 2u);
-    EXPECT_EQ(lamp.getProperty(1)->name(), "Second");
 }
 
 TEST_F(SmartComponentTest, ADeletedPropertyLeavesItsElementInTheDocument) {
