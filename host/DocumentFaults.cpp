@@ -6,6 +6,7 @@
 #include <set>
 #include <stdexcept>
 #include <string_view>
+#include <tuple>
 
 #include "host/Faults.h"
 #include "platform/station/Station.h"
@@ -37,6 +38,8 @@ public:
         for (const ElementPtr& element : objects_) {
             inspectMembers(*element, "property");
             inspectMembers(*element, "signal");
+        }
+        for (const ElementPtr& element : objects_) {
             if (element->tag() == "controller") continue;
             inspectParent(element);
             inspectContents(*element);
@@ -97,6 +100,7 @@ private:
                 add(*member, fmt::format("a {} of {} has the id {} of the one in line {}; give "
                                          "each its own",
                                          tag, called(owner), id, line->second));
+            members_.emplace(owner.getId(true), tag, id);
             inspectFlag(*member, "uivisible");
             if (tag == "property")
                 inspectProperty(*member);
@@ -153,16 +157,26 @@ private:
                        fmt::format("{} has the parent {}, which is no component; name the "
                                    "component that contains it, or the station logic",
                                    called(*element), parent));
-        // Whoever walks up for more steps than there are objects goes round.
-        ElementPtr above = entry->second;
-        for (std::size_t steps = 0; steps != objects_.size(); ++steps) {
-            const auto next = byId_.find(parentOf(*above));
-            if (next == byId_.end()) return;
-            above = next->second;
-            if (above != element) continue;
-            return add(at ? *at : *element, fmt::format("{} contains itself by way of its "
-                                                        "parents; give it a parent outside",
-                                                        called(*element)));
+        inspectRing(element);
+    }
+
+    // Walks up until it meets what an earlier walk went through, or itself.
+    void inspectRing(const ElementPtr& element) {
+        std::vector<ElementPtr> way;
+        std::set<const sdf::Element*> onTheWay;
+        for (ElementPtr here = element; settled_.insert(here.get()).second;) {
+            way.push_back(here);
+            onTheWay.insert(here.get());
+            const auto above = byId_.find(parentOf(*here));
+            if (above == byId_.end()) return;
+            here = above->second;
+            if (!onTheWay.contains(here.get())) continue;
+            for (auto member = std::ranges::find(way, here); member != way.end(); ++member)
+                add(*(*member)->get("parent"),
+                    fmt::format("{} contains itself by way of its parents; give it a parent "
+                                "outside",
+                                called(**member)));
+            return;
         }
     }
 
@@ -212,10 +226,7 @@ private:
             return add(*end, fmt::format("the {} of a connection names the component {}, which is "
                                          "not there; name one that is, or delete the connection",
                                          key, componentOf(ends)));
-        const auto members = object->second->children(tag);
-        if (std::ranges::none_of(members, [&](const ElementPtr& member) {
-                return member->getId(true) == memberOf(ends);
-            }))
+        if (!members_.contains({componentOf(ends), tag, memberOf(ends)}))
             add(*end, fmt::format("the {} of a connection names the {} {} of {}, which has none "
                                   "with that id; name one that it has, or delete the connection",
                                   key, tag, memberOf(ends), called(*object->second)));
@@ -224,6 +235,8 @@ private:
     Faults faults_;
     std::vector<ElementPtr> objects_;
     std::map<unsigned, ElementPtr> byId_;
+    std::set<std::tuple<unsigned, std::string_view, unsigned>> members_;  // owner, tag, id
+    std::set<const sdf::Element*> settled_;                               // by inspectRing
 };
 
 }  // namespace

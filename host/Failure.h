@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -26,5 +27,17 @@ public:
 private:
     ExitCode code_;
 };
+
+/// The text of the exception that is being handled. Component types are somebody
+/// else's code and may throw anything.
+inline std::string textOfThrown() {
+    try {
+        throw;
+    } catch (const std::exception& error) {
+        return error.what();
+    } catch (...) {
+        return "an exception that is no std::exception";
+    }
+}
 
 }  // namespace trel::host

@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -29,6 +28,20 @@ sdf::Element& firstNotMade(std::size_t made) {
     return *GetStationElem();
 }
 
+Fault unknownType(const sdf::Element& element) {
+    return {element.place(),
+            fmt::format("{} has the type \"{}\", which no library brings; load the one that does "
+                        "with --components, or correct the type",
+                        called(element), element.asString("type"))};
+}
+
+Fault failedType(const sdf::Element& element, const std::string& reason) {
+    return {element.place(),
+            fmt::format("{} cannot be made by its type \"{}\": {}; look at its properties and "
+                        "signals",
+                        called(element), element.asString("type"), reason)};
+}
+
 }  // namespace
 
 LiveStation::LiveStation(const std::filesystem::path& file) {
@@ -48,18 +61,22 @@ LiveStation::LiveStation(const std::filesystem::path& file) {
 LiveStation::~LiveStation() = default;
 
 LiveStation::Emptying::~Emptying() {
+    std::vector<unsigned> ids;
     for (const smartcomp::SmartComponent* const component : componentsNow())
-        if (!component->isStationLogic()) smartcomp::RemoveSubSmartComponent(component->id());
+        if (!component->isStationLogic()) ids.push_back(component->id());
+    // A component may take others along when it goes.
+    for (const unsigned id : ids)
+        if (componentOf(id)) smartcomp::RemoveSubSmartComponent(id);
 }
 
 void LiveStation::makeLogic(const std::string& file) {
     try {
         smartcomp::StationLogic::inst();
-    } catch (const std::exception& error) {
+    } catch (...) {
         refuse(file, {{GetStationLogicElem()->place(),
                        fmt::format("the station logic cannot be made from this element: {}; "
                                    "compare it with that of a new station",
-                                   error.what())}});
+                                   textOfThrown())}});
     }
 }
 
@@ -68,19 +85,15 @@ void LiveStation::makeComponents(const std::string& file) {
     const std::size_t before = made.size();
     try {
         smartcomp::Load();
-    } catch (const std::exception& error) {
+    } catch (const std::out_of_range& error) {
+        // A type that is known has the component in the object table before it
+        // is asked to read its properties.
         const sdf::Element& element = firstNotMade(made.size() - before);
-        // What else throws is found in the document before anything is made.
-        const bool unknown = dynamic_cast<const std::out_of_range*>(&error) != nullptr &&
-                             !objectOf(element.getId(true));
-        refuse(file,
-               {{element.place(),
-                 unknown ? fmt::format("{} has the type \"{}\", which no library brings; load the "
-                                       "one that does with --components, or correct the type",
-                                       called(element), element.asString("type"))
-                         : fmt::format("{} cannot be made by its type \"{}\": {}; look at its "
-                                       "properties and signals",
-                                       called(element), element.asString("type"), error.what())}});
+        refuse(file, {objectOf(element.getId(true)) ? failedType(element, error.what())
+                                                    : unknownType(element)});
+    } catch (...) {
+        const std::string reason = textOfThrown();
+        refuse(file, {failedType(firstNotMade(made.size() - before), reason)});
     }
 }
 

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <unordered_map>
 
@@ -89,7 +88,7 @@ void Run::ask(unsigned id, std::string_view doing, const Ask& asking) {
     if (!component) return;
     try {
         asking(*component);
-    } catch (const std::exception& error) {
+    } catch (...) {
         trace_.flush();
         // It may have removed itself before it failed.
         const SmartComponent* const left = componentOf(id);
@@ -97,7 +96,7 @@ void Run::ask(unsigned id, std::string_view doing, const Ask& asking) {
                       fmt::format("{} ({}, #{}) failed at {} while {}: {}; the fault is in its type "
                                   "or in what it is connected to, and nothing is saved",
                                   pathOf(id), left ? left->element()->asString("type") : "removed",
-                                  id, textOfTime(time_), doing, error.what()));
+                                  id, textOfTime(time_), doing, textOfThrown()));
     }
 }
 
@@ -119,13 +118,13 @@ void Run::apply(const Setting& setting) {
             controller->setOutput(member.id, setting.number, true, time_);
         else
             controller->setSignalValue(member.id, setting.number, true);
-    } catch (const std::exception& error) {
+    } catch (...) {
         trace_.flush();
         throw Failure(ExitCode::ComponentFailed,
                       fmt::format("{}: setting {} at {} made a component fail: {}; the fault is in "
                                   "the type of a component that the value reached, and nothing is "
                                   "saved",
-                                  setting.place, pathOf(member), textOfTime(time_), error.what()));
+                                  setting.place, pathOf(member), textOfTime(time_), textOfThrown()));
     }
 }
 

@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <fmt/format.h>
 
-#include <exception>
 #include <string>
 
 #include "host/Failure.h"
@@ -52,10 +51,10 @@ void loadTypeLibrary(const std::filesystem::path& library) {
         enter();
     } catch (const Failure&) {
         throw;
-    } catch (const std::exception& error) {
+    } catch (...) {
         refuse(library, fmt::format("failed while registering its types: {}; its maker has to "
                                     "mend that",
-                                    error.what()));
+                                    textOfThrown()));
     }
 }
 

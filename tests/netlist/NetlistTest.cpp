@@ -188,7 +188,7 @@ TEST(Netlists, AStationOfAMultiplierMultiplies) {
     const Netlist netlist = multiplier();
     const NoEvents noEvents;
     GateStation station(netlist);
-    for (const auto& [a, b] : pairs(20))
+    for (const auto& [a, b] : pairs(100))
         ASSERT_EQ(calculate(station, netlist, a, b), a * b) << a << " * " << b;
 }
 
