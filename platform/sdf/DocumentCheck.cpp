@@ -135,6 +135,8 @@ void Check::declaration() {
         const std::size_t valueStart = static_cast<std::size_t>(value.data() - text_.data());
         if (key == "version" && value != "1.0")
             fail(valueStart, "the XML version is " + quoted(value) + "; \"1.0\" is expected");
+        if (key == "standalone" && value != "yes" && value != "no")
+            fail(valueStart, "standalone is " + quoted(value) + "; \"yes\" or \"no\" is expected");
         if (key == "encoding" && lower(value) != "utf-8")
             fail(valueStart,
                  "the encoding is declared as " + quoted(value) + "; \"UTF-8\" is expected");
@@ -258,8 +260,9 @@ void Check::instruction() {
     if (target == "xml")
         fail(start, "an XML declaration stands here; it is expected at the very beginning only");
     if (lower(target) == "xml")
-        fail(start + 2, "the instruction target " + quoted(target) + " is reserved; another name is "
-                                                                     "expected");
+        fail(start + 2, "the instruction target " + quoted(target) +
+                            " is reserved; another name is "
+                            "expected");
     if (!isAt("?>") && !skipBlanks())
         fail(pos_, "the processing instruction does not end here; a blank or \"?>\" is expected");
     const std::size_t end = text_.find("?>", pos_);
@@ -323,7 +326,8 @@ std::string_view Check::name(std::string_view bearer) {
     const std::size_t length = xml::nameLength(rest);
     if (length == 0) {
         const std::string found =
-            ended() ? "the file ends" : quoted(rest.substr(0, xml::decode(rest).length)) + " stands";
+            ended() ? "the file ends"
+                    : quoted(rest.substr(0, xml::decode(rest).length)) + " stands";
         fail(pos_, found + " where a name belongs; " + std::string(bearer) + " is expected");
     }
     pos_ += length;

@@ -64,7 +64,11 @@ Character decode(std::string_view text) {
     const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
     const char32_t lead = byte(0);
     if (lead < 0x80) return {lead, 1};
-    const std::size_t length = lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    const std::size_t length = lead < 0xC2   ? 0
+                               : lead < 0xE0 ? 2
+                               : lead < 0xF0 ? 3
+                               : lead < 0xF5 ? 4
+                                             : 0;
     if (length == 0 || length > text.size()) return {lead, 0};
     char32_t code = lead & (0x7Fu >> length);
     for (std::size_t i = 1; i < length; ++i) {

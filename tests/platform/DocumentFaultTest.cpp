@@ -92,20 +92,20 @@ TEST(MalformedFile, IsTheSameWithForeignLineEnds) {
 }
 
 TEST(MalformedFile, CutAtAnyByteLoadsOrGivesAFault) {
-    std::string sample;
-    for (const char* name : {"mixed_content", "value_types", "non_ascii", "instructions"})
-        sample = bytesOf(testFiles() / "roundtrip" / (std::string(name) + ".xml")), [&] {
-            std::size_t loaded = 0;
-            for (std::size_t length = 0; length <= sample.size(); ++length) {
-                const std::string message = messageOf(sample.substr(0, length));
-                if (message == "loaded")
-                    ++loaded;
-                else
-                    ASSERT_EQ(message.substr(0, 9), "cell.xml:") << length;
-            }
-            ASSERT_GE(loaded, 1u) << "the whole file loads";
-            ASSERT_LE(loaded, 40u) << "only what stands behind the root may be missing";
-        }();
+    for (const char* name : {"mixed_content", "value_types", "non_ascii", "instructions"}) {
+        const std::string sample =
+            bytesOf(testFiles() / "roundtrip" / (std::string(name) + ".xml"));
+        std::size_t loaded = 0;
+        for (std::size_t length = 0; length <= sample.size(); ++length) {
+            const std::string message = messageOf(sample.substr(0, length));
+            if (message == "loaded")
+                ++loaded;
+            else
+                ASSERT_EQ(message.substr(0, 9), "cell.xml:") << length;
+        }
+        EXPECT_GE(loaded, 1u) << "the whole file loads";
+        EXPECT_LE(loaded, 40u) << "only what stands behind the root may be missing";
+    }
 }
 
 // Whatever single byte is damaged, the file loads or is refused with a place.
@@ -128,8 +128,9 @@ TEST(MalformedFile, WithAHundredThousandAttributesIsReadInPassing) {
     for (int i = 0; i < 100000; ++i) text += " a" + std::to_string(i) + "='1'";
     EXPECT_EQ(messageOf(text + "/>"), "loaded");
     EXPECT_EQ(messageOf(text + " a5='2'/>"),
-              "cell.xml:1:" + std::to_string(text.size() + 2) + ": the attribute \"a5\" stands twice; attributes of different names "
-              "are expected");
+              "cell.xml:1:" + std::to_string(text.size() + 2) +
+                  ": the attribute \"a5\" stands twice; attributes of different names "
+                  "are expected");
 }
 
 TEST(MalformedFile, MayNestAsDeepAsTheLimit) {

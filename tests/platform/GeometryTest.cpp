@@ -99,9 +99,11 @@ TEST(Rotation, AgreesWithTheTextbookFormula) {
         const double sine = 2 * (w * y - z * x);
         if (std::abs(sine) > 0.999) continue;
         const Vec3 angles = Rotation(w, x, y, z).toEulerDegree();
-        ASSERT_NEAR(angles.x * radians, std::atan2(2 * (w * x + y * z), 1 - 2 * (x * x + y * y)), 1e-9);
+        ASSERT_NEAR(angles.x * radians, std::atan2(2 * (w * x + y * z), 1 - 2 * (x * x + y * y)),
+                    1e-9);
         ASSERT_NEAR(angles.y * radians, std::asin(sine), 1e-9);
-        ASSERT_NEAR(angles.z * radians, std::atan2(2 * (w * z + x * y), 1 - 2 * (y * y + z * z)), 1e-9);
+        ASSERT_NEAR(angles.z * radians, std::atan2(2 * (w * z + x * y), 1 - 2 * (y * y + z * z)),
+                    1e-9);
     }
 }
 
@@ -136,7 +138,9 @@ TEST(Rotation, OfAnyLengthCountsAsOfLengthOne) {
         expectNear(Rotation(r.w * length, 0, 0, r.z * length).toEulerDegree(), {0, 0, 50});
 }
 
-TEST(Rotation, OfLengthZeroIsNone) { expectNear(Rotation(0, 0, 0, 0).toEulerDegree(), {0, 0, 0}, 0); }
+TEST(Rotation, OfLengthZeroIsNone) {
+    expectNear(Rotation(0, 0, 0, 0).toEulerDegree(), {0, 0, 0}, 0);
+}
 
 TEST(Rotation, AndItsNegativeAreTheSame) {
     const Rotation r(0.1, 0.2, 0.3, 0.4);

@@ -169,7 +169,9 @@ class LeftoverConnection : public testing::Test {
 protected:
     LeftoverConnection() { open(text_); }
 
-    static std::shared_ptr<Element> cell() { return GetStationElem()->children("smart_component")[1]; }
+    static std::shared_ptr<Element> cell() {
+        return GetStationElem()->children("smart_component")[1];
+    }
 
     const std::string text_ = head + R"(<station id="1">
   <smart_component id="2" name="Logic">

@@ -73,7 +73,8 @@ TEST(ValueText, NumbersOfAVectorMayStandFurtherApart) {
 }
 
 TEST(ValueText, RefusesWhatIsNoSuchValue) {
-    for (const char* text : {"", " 1", "1 ", "+1", "0x1", "1.0", "2147483648", "-2147483649", "one"})
+    for (const char* text :
+         {"", " 1", "1 ", "+1", "0x1", "1.0", "2147483648", "-2147483649", "one"})
         EXPECT_THROW(parse("int", text), std::invalid_argument) << text;
     for (const char* text : {"-1", "4294967296"})
         EXPECT_THROW(parse("uint", text), std::invalid_argument) << text;

@@ -27,21 +27,23 @@ TEST(XmlText, RefusesWhatIsNoUtf8) {
 }
 
 TEST(XmlText, EveryCharacterIsAllowedThatXmlNames) {
-    const std::string good = "a\t\n\r \x7F\xC2\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD\xF4\x8F\xBF\xBF";
+    const std::string good =
+        "a\t\n\r \x7F\xC2\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBD\xF4\x8F\xBF\xBF";
     EXPECT_EQ(allowedLength(good), good.size());
 }
 
 TEST(XmlText, ControlCharactersAndNonCharactersAreNot) {
     EXPECT_EQ(allowedLength(std::string_view("ab\0", 3)), 2u);
-    for (const char* text : {"ab\x01", "ab\x1F", "ab\x0B", "ab\xEF\xBF\xBE", "ab\xEF\xBF\xBF", "ab\xFF"})
+    for (const char* text :
+         {"ab\x01", "ab\x1F", "ab\x0B", "ab\xEF\xBF\xBE", "ab\xEF\xBF\xBF", "ab\xFF"})
         EXPECT_EQ(allowedLength(text), 2u);
 }
 
 TEST(XmlText, KnowsNames) {
     for (const char* name : {"a", "_a", ":", "a-b.c:d9", "\xC3\x84", "a\xC2\xB7", "\xE2\xB0\x80"})
         EXPECT_TRUE(isName(name)) << name;
-    for (const char* name : {"", "9", "-a", ".", "a b", "a/", "\xC2\xB7", "\xC3\x97", "\xE2\x86\x90",
-                             "a\xFF"})
+    for (const char* name :
+         {"", "9", "-a", ".", "a b", "a/", "\xC2\xB7", "\xC3\x97", "\xE2\x86\x90", "a\xFF"})
         EXPECT_FALSE(isName(name)) << name;
 }
 
