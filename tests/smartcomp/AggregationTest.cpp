@@ -122,6 +122,18 @@ TEST_F(AggregationTest, TheLargestIndexIsNotWrittenOutOfBounds) {
     EXPECT_EQ(indicesInDocument(box), Ids{0});
 }
 
+// An index is a signed number in the program; what is negative there is none.
+TEST_F(AggregationTest, AnIndexBeyondTheSignedNumbersIsNoPlace) {
+    const Draft loaded = withIndices({4294967295u, 0, 2147483648u});
+    freshLog();
+    Box& box = loaded.make<Box>();
+    leaveUnchecked(box);
+    EXPECT_EQ(orderOf(box), Ids{2});
+    EXPECT_TRUE(box.getBinding(1)->isBinding());
+    EXPECT_TRUE(box.getBinding(3)->isBinding());
+    EXPECT_EQ(log().writes(), Lines{});
+}
+
 TEST_F(AggregationTest, OfTwoConnectionsWithOneIdTheLaterIsLoaded) {
     Box& box = draft()
                    .connection(1, {10, 1}, {11, 1}, 0)

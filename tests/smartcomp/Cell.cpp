@@ -70,6 +70,9 @@ void expectOrder(Aggregation& aggregation) {
 void expectMirror(SmartComponent& component) {
     SCOPED_TRACE(component.name());
     EXPECT_EQ(component.id(), component.element()->getId(true));
+    if (!component.isStationLogic()) {
+        EXPECT_EQ(component.getObjParentId(), component.element()->asUInt("parent"));
+    }
     for (const auto& [id, property] : component.getProperties()) {
         EXPECT_EQ(id, property->id());
         expectMirror(*property);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <any>
 #include <stdexcept>
+#include <vector>
 
 #include "tests/smartcomp/Cell.h"
 
@@ -107,6 +108,25 @@ TEST_F(PropertyBindingTest, SettingAPropertyFromItsOwnTextReachesTheOthers) {
     bind(logic(), {10, 1}, {11, 1});
     source.setPropertyValue(1, source.getProperty(1)->value());
     EXPECT_EQ(textOf(sink), "own");
+}
+
+TEST_F(PropertyBindingTest, NoCallIntoADestinationRunsUnderTheLock) {
+    enter<Thing>(30, "Pallet");
+    Plain& source = make<Plain>("Plain", 10, "Source");
+    auto& sink = make<Framed>("Framed", 11, "Sink");
+    bind(logic(), {10, 2}, {11, 2});
+    std::vector<bool> isFree;
+    const auto tryLock = [&] {
+        isFree.push_back(sdf::SdfManager::inst()->mutex().try_lock());
+        if (isFree.back()) sdf::SdfManager::inst()->mutex().unlock();
+    };
+    sink.accepts = [&](unsigned, sdf::SdfObject*) {
+        tryLock();
+        return true;
+    };
+    sink.onProperty = [&](unsigned, const std::string&) { tryLock(); };
+    source.setPropertyValue(2, "30");
+    EXPECT_EQ(isFree, (std::vector{true, true}));
 }
 
 // ---- What ends a propagation

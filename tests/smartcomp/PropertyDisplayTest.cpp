@@ -225,6 +225,14 @@ TEST_F(PropertyDisplayTest, OrientAnglesTurnAboutXThenYThenZ) {
     EXPECT_EQ(shown("Orient", orient(-10.25, 20, -170)), "-10.25, 20.00, -170.00 deg");
 }
 
+// Where x and z turn about one axis, all of the turn is x's.
+TEST_F(PropertyDisplayTest, OrientAnglesAtThePoleHaveNoZ) {
+    EXPECT_EQ(shown("Orient", orient(0, 90, 0)), "0, 90, 0 deg");
+    EXPECT_EQ(shown("Orient", orient(30, 90, 0)), "30, 90, 0 deg");
+    EXPECT_EQ(shown("Orient", orient(30, -90, 0)), "30, -90, 0 deg");
+    EXPECT_EQ(shown("Orient", orient(50, 90, 20)), "30, 90, 0 deg");
+}
+
 TEST_F(PropertyDisplayTest, OrientIsWholeWithinAThousandthOfADegree) {
     EXPECT_EQ(shown("Orient", orient(10.0009, 19.9991, 30)), "10, 20, 30 deg");
     EXPECT_EQ(shown("Orient", orient(10.0011, 20, 30)), "10.00, 20.00, 30.00 deg");

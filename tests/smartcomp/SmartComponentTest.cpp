@@ -282,6 +282,12 @@ TEST_F(SmartComponentTest, TheDefaultsAnswerNothing) {
     EXPECT_EQ(log().lines(), Lines{});
 }
 
+TEST_F(SmartComponentTest, DisplayStringAndPoseCanBeAskedOfAConstComponent) {
+    const Plain& lamp = lampDraft().make<Plain>();
+    EXPECT_EQ(lamp.getDisplayString(), "Lamp");
+    EXPECT_EQ(lamp.getPose(), (rob::PoseTemplate<double>{{0, 0, 0}, {1, 0, 0, 0}}));
+}
+
 TEST_F(SmartComponentTest, AVectorIsShownAsItIs) {
     Plain& lamp = lampDraft().make<Plain>();
     EXPECT_EQ(lamp.getDisplayVec3(1, {{1, "5"}}, 1.5F, -2.F, 0.1F),

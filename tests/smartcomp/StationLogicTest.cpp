@@ -1,6 +1,7 @@
 #include "smartcomp/StationLogic.h"
 
 #include <array>
+#include <cstdlib>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -77,6 +78,21 @@ TEST_F(StationLogicTest, ATakenIdIsRefusedAndTheLockReleased) {
 
 TEST_F(StationLogicTest, TheVirtualTableHasExecuteBehindHandleInputSignal) {
     expectConsecutive({slotOf(&StationLogic::handleInputSignal), slotOf(&StationLogic::execute)});
+}
+
+// What is registered with atexit before the first call of inst() runs after the
+// station logic is destroyed.
+TEST_F(StationLogicTest, AtExitItTakesItsElementOutOfTheDocument) {
+    EXPECT_EXIT(
+        {
+            std::atexit([] {
+                const ElementPtr element = GetStationLogicElem();
+                std::_Exit(element && !element->parent() && !element->isMirrored() ? 42 : 1);
+            });
+            logic();
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(42), "");
 }
 
 // ---- Controllers
