@@ -10,6 +10,7 @@
 #include "platform/broker/SignalBroker.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/ObjectType.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/SmartComponent.h"
@@ -76,6 +77,7 @@ public:
     /// A text that the type cannot use is refused with event "10007" and changes
     /// nothing.
     void setPropertyValue(unsigned propertyId, const std::string& value) override {
+        const smartcomp::Hold hold(*this);
         if (!this->shouldSetProperty(propertyId, value)) return;
         if (!this->validatePropertyValue(propertyId, value)) {
             broker::SignalBroker::reportEvent("10007", this->name(),

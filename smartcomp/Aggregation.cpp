@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <stdexcept>
 #include <utility>
 
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/SCSignal.h"
+#include "smartcomp/Walk.h"
 
 namespace trel::smartcomp {
 
@@ -76,46 +79,41 @@ bool Aggregation::isObjectUsed(unsigned objectId) const {
 // Values that arrive.
 
 void Aggregation::setPropertyValue(unsigned propertyId, const std::string& value) {
-    if (!shouldSetProperty(propertyId, value)) return;
+    const Hold hold(*this);
+    if (isRemoved() || !shouldSetProperty(propertyId, value)) return;
     SmartComponent::setPropertyValue(propertyId, value);
     endSetPropertyValue(propertyId);
 }
 
 void Aggregation::handleInputSignal(unsigned signalId, int value, long long time) {
+    const Hold hold(*this);
+    if (isRemoved()) return;
     SCSignal& signal = signalAt(signalId);
     signal.setValue(value);
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(signalId);
-    propagateDynamicInputSignal(signalId, value, time);
+    if (!hold.goneSignal(id(), signalId)) propagateDynamicInputSignal(signalId, value, time);
 }
 
 void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
-    const SCSignal& source = signalAt(signalId);
-    forEachConnection(id(), signalId, [&](const Connection& connection) {
-        const unsigned component = connection.getDstComponentId();
-        const unsigned signal = connection.getDstSignalId();
-        // A component: inwards there are no controllers.
-        objectAs<SmartComponent>(component).handleSignalValue(signal, value, time);
-        if (source.isAutoReset())
-            objectAs<SmartComponent>(component).handleSignalValue(signal, 0, time);
-    });
+    // To a component: inwards there are no controllers.
+    deliverAlong(*this, id(), signalAt(signalId), value,
+                 [time](unsigned component, unsigned signal, int delivered) {
+                     objectAs<SmartComponent>(component).handleSignalValue(signal, delivered,
+                                                                           time);
+                 });
 }
 
 void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {
-    if (checkSignalIsSet(signalId, value)) return;
+    const Hold hold(*this);
+    if (isRemoved() || checkSignalIsSet(signalId, value)) return;
     SmartComponent::setStaticInputSignal(signalId, value);
-    propagateStaticInputSignal(signalId, value);
+    if (!hold.goneSignal(id(), signalId)) propagateStaticInputSignal(signalId, value);
     endSetSignalValue(signalId);
 }
 
 void Aggregation::propagateStaticInputSignal(unsigned signalId, SignalValue value) {
-    const SCSignal& source = signalAt(signalId);
-    forEachConnection(id(), signalId, [&](const Connection& connection) {
-        const unsigned component = connection.getDstComponentId();
-        const unsigned signal = connection.getDstSignalId();
-        setDstSignalValue(component, signal, value);
-        if (source.isAutoReset()) setDstSignalValue(component, signal, 0);
-    });
+    deliverAlong(*this, id(), signalAt(signalId), value, setDstSignalValue);
 }
 
 // Children.
@@ -159,18 +157,17 @@ void Aggregation::loadConnections() {
         read.emplace_back(new Connection(child));
         connections_[read.back()->id()] = read.back().get();
     }
-    std::vector<Connection*> loaded;
+    // By index, and where indices are equal in the order of the document: whatever
+    // they are, the order has no gaps. An index that is its place is not written.
+    std::multimap<unsigned, Connection*> places;
     for (auto& connection : read) {
         // Of two with one id the later is loaded; the earlier dies with `read`.
         if (connections_[connection->id()] != connection.get()) continue;
-        if (!connection->isBinding()) loaded.push_back(connection.get());
+        if (!connection->isBinding()) places.emplace(connection->getIndex(), connection.get());
         connection.release();
     }
-    // The indices make the order, not the document; whatever they are, it has no
-    // gaps. Indices that have none are not written.
-    std::ranges::stable_sort(loaded, {}, &Connection::getIndex);
-    order_.reserve(loaded.size());
-    for (Connection* const connection : loaded) {
+    order_.reserve(places.size());
+    for (const auto& [index, connection] : places) {
         connection->setIndex(static_cast<unsigned>(order_.size()));
         order_.push_back(connection->id());
     }
@@ -178,10 +175,14 @@ void Aggregation::loadConnections() {
 
 Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
     const unsigned id = connection->id();
+    freezeWalks();
     order_.reserve(order_.size() + 1);
     Connection*& entry = connections_[id];
     // One that had the id is lost, and its place in the order is closed.
-    if (entry && !entry->isBinding()) closeGap(placeOf(*entry));
+    if (entry) {
+        entry->gone_ = true;
+        if (!entry->isBinding()) closeGap(placeOf(*entry));
+    }
     entry = connection.release();
     if (entry->isBinding()) return entry;
 
@@ -203,12 +204,22 @@ Connection* Aggregation::getBinding(unsigned id) const {
 }
 
 void Aggregation::deleteConnection(unsigned id) {
-    const std::unique_ptr<Connection> connection(at(connections_, id));
+    Connection* const connection = at(connections_, id);
+    freezeWalks();
+    makeRoom();
     connections_.erase(id);
+    connection->gone_ = true;
+    std::unique_ptr<Connection> deleted(connection);
     if (!connection->isBinding()) closeGap(placeOf(*connection));
+    discard(std::move(deleted));
 }
 
 void Aggregation::deleteBinding(unsigned id) { deleteConnection(id); }
+
+// Before an edit: the walks under way keep what they have yet to serve.
+void Aggregation::freezeWalks() {
+    for (Walk* walk = walks_.innermost; walk; walk = walk->outer()) walk->freeze();
+}
 
 // Where a signal connection stands in the order; the order's length if nowhere.
 std::size_t Aggregation::placeOf(const Connection& connection) const {
@@ -237,6 +248,7 @@ void Aggregation::swapWithNeighbour(unsigned id, int step) {
     if (place >= order_.size() || order_[place] != id || neighbour >= order_.size())
         throw std::out_of_range("invalid vector subscript");
     Connection* const other = at(connections_, order_[neighbour]);
+    freezeWalks();
     moved->setIndex(neighbour);
     other->setIndex(place);
     std::swap(order_[place], order_[neighbour]);

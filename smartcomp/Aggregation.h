@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <ranges>
-#include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -15,12 +14,19 @@
 
 namespace trel::smartcomp {
 
+class Walk;
+
 /// A component that contains others, and the signal connections and property
 /// bindings between them and itself. It owns the connections; its children are
 /// components of their own, known by id.
 ///
 /// For every signal connection, the order holds its id at its index, unless it
 /// was read with an index beyond the end.
+///
+/// Connections and bindings may be added, deleted, moved and modified in the
+/// middle of a delivery along them. What is deleted before it was reached gets
+/// nothing; what is added is not served; what is moved is served once; what is
+/// modified is served with its new ends, if it still begins there.
 class Aggregation : public SmartComponent {
 public:
     using ConnectionTable = std::unordered_map<unsigned, Connection*>;
@@ -122,15 +128,23 @@ protected:
     /// All connections and bindings; the live table.
     const ConnectionTable& connectionTable() const { return connections_; }
 
+    /// Whether a connection was deleted, and lives on only while this is held.
+    static bool isDeleted(const Connection& connection) { return connection.gone_; }
+
 private:
     friend class Connection;
-    friend class SmartComponent;
+    friend class Walk;
 
-    /// Calls `deliver` with each signal connection that begins at the signal,
-    /// front to back in the order.
-    template <typename Deliver>
-    void forEachConnection(unsigned componentId, unsigned signalId, const Deliver& deliver) const;
+    // The walks under way, the innermost first. A copy has none.
+    struct Walks {
+        Walks() = default;
+        Walks(const Walks&) {}
+        Walks& operator=(const Walks&) { return *this; }
 
+        Walk* innermost = nullptr;
+    };
+
+    void freezeWalks();
     void loadConnections();
     Connection* addConnection(std::unique_ptr<Connection> connection);
     void closeGap(std::size_t place);
@@ -144,17 +158,7 @@ private:
     std::unordered_map<unsigned, std::pair<int, int>> childPositions_;
     ConnectionTable connections_;
     std::vector<unsigned> order_;  // signal connections, in delivery order
+    Walks walks_;
 };
-
-template <typename Deliver>
-void Aggregation::forEachConnection(unsigned componentId, unsigned signalId,
-                                    const Deliver& deliver) const {
-    for (std::size_t place = 0; place < order_.size(); ++place) {
-        const auto entry = connections_.find(order_[place]);
-        if (entry == connections_.end())
-            throw std::out_of_range("invalid unordered_map<K, T> key");
-        if (entry->second->matchSrc(componentId, signalId)) deliver(*entry->second);
-    }
-}
 
 }  // namespace trel::smartcomp

@@ -88,7 +88,8 @@ private:
 
     End source_;
     End destination_;
-    int index_ = -1;  // place in the order; -1 in a binding
+    int index_ = -1;     // place in the order; -1 in a binding
+    bool gone_ = false;  // deleted while its aggregation is held
 };
 
 }  // namespace trel::smartcomp

@@ -20,11 +20,6 @@ SmartComponent* enter(SmartComponent* component, std::list<SmartComponent*>& all
     return component;
 }
 
-void destroy(SmartComponent& component, unsigned id) {
-    sdf::SdfManager::Remove(id);
-    delete &component;
-}
-
 }  // namespace
 
 SmartComponent* Create(std::shared_ptr<sdf::Element> element) {
@@ -66,10 +61,10 @@ void Load() {
 void RemoveSmartComponent(unsigned id) {
     auto& component = objectAs<SmartComponent>(id);
     objectAs<Aggregation>(component.getObjParentId()).removeChildComponent(id);
-    destroy(component, id);
+    component.retire();
 }
 
-void RemoveSubSmartComponent(unsigned id) { destroy(objectAs<SmartComponent>(id), id); }
+void RemoveSubSmartComponent(unsigned id) { objectAs<SmartComponent>(id).retire(); }
 
 const std::list<SmartComponent*>& GetAllSmartComponents() {
     return Manager::inst()->components();

@@ -28,8 +28,16 @@ const auto& at(const Table& table, const Key& key) {
     return entry->second;
 }
 
-/// What the object table holds under `id`, which may be null. The table's lock
-/// is held for the look-up only.
+/// What the object table holds under `id`; null also when there is no entry. The
+/// table's lock is held for the look-up only.
+inline sdf::SdfObject* findObject(unsigned id) {
+    auto& manager = *sdf::SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    const auto entry = manager.objects().find(id);
+    return entry == manager.objects().end() ? nullptr : entry->second;
+}
+
+/// The same, where there has to be an entry.
 /// \throws as `at`.
 inline sdf::SdfObject* objectAt(unsigned id) {
     auto& manager = *sdf::SdfManager::inst();

@@ -8,15 +8,39 @@
 #include "platform/station/ControllerInterface.h"
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
+#include "smartcomp/Removals.h"
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/StationLogic.h"
 #include "smartcomp/Text.h"
+#include "smartcomp/Walk.h"
 
 namespace trel::smartcomp {
 
 using broker::SignalBroker;
+
+namespace {
+
+// Apart from the deliveries, which nest and have no stack to spare for its texts.
+[[gnu::noinline]] void report(const char* code, const SmartComponent& component,
+                              const std::string& member, const std::string& value) {
+    SignalBroker::reportEvent(code, component.name(), member, value);
+}
+
+}  // namespace
+
+struct SmartComponent::Remains {
+    bool component = false;  // the component itself
+    std::vector<std::unique_ptr<sdf::SdfObject>> members;
+    std::vector<std::unique_ptr<SCSignal>> signals;
+};
+
+SmartComponent::Held::Held() = default;
+SmartComponent::Held::Held(const Held&) {}
+SmartComponent::Held& SmartComponent::Held::operator=(const Held&) { return *this; }
+SmartComponent::Held::~Held() = default;
 
 SmartComponent::SmartComponent(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
     : AttachableNode(element, type) {
@@ -31,7 +55,9 @@ SmartComponent& SmartComponent::operator=(const SmartComponent&) = default;
 SmartComponent::~SmartComponent() {
     for (const auto& [id, property] : properties_) delete property;
     for (const auto& [id, signal] : signals_) delete signal;
-    element()->removeFromParent();
+    // One removed while it was held left the document then; its element may
+    // stand there again, under another component.
+    if (!isRemoved()) element()->removeFromParent();
 }
 
 // Answers of a component that does nothing.
@@ -63,10 +89,10 @@ std::any SmartComponent::getPropertyValueImpl(unsigned) {
 
 Property* SmartComponent::getProperty(unsigned id) const { return at(properties_, id); }
 
-SignalInterface* SmartComponent::getSignal(unsigned id) const { return at(signals_, id); }
+[[gnu::noinline]] SignalInterface* SmartComponent::getSignal(unsigned id) const { return at(signals_, id); }
 
 // Only addSignal enters signals, and it takes nothing else.
-SCSignal& SmartComponent::signalAt(unsigned id) const {
+[[gnu::noinline]] SCSignal& SmartComponent::signalAt(unsigned id) const {
     return static_cast<SCSignal&>(*getSignal(id));
 }
 
@@ -84,15 +110,58 @@ SCSignal* SmartComponent::addSignal(SCSignal* signal) {
 }
 
 void SmartComponent::deleteProperty(unsigned id) {
-    const std::unique_ptr<Property> property(getProperty(id));
+    Property* const property = getProperty(id);
+    makeRoom();
+    Removals::inst().add(Removals::What::Property, this->id(), id);
     properties_.erase(id);
+    discard(std::unique_ptr<Property>(property));
 }
 
 void SmartComponent::deleteSignal(unsigned id) {
-    const std::unique_ptr<SCSignal> signal(&signalAt(id));
+    SCSignal* const signal = &signalAt(id);
+    makeRoom();
+    Removals::inst().add(Removals::What::Signal, this->id(), id);
     signals_.erase(id);
     // Other than a deleted property's, its element leaves the document.
     signal->element()->removeFromParent();
+    if (held_.holds > 0)
+        held_.remains->signals.emplace_back(signal);
+    else
+        delete signal;
+}
+
+// Removal while calls are under way.
+
+void SmartComponent::makeRoom() {
+    if (held_.holds == 0) return;
+    if (!held_.remains) held_.remains = std::make_unique<Remains>();
+    auto& [component, members, signals] = *held_.remains;
+    members.reserve(members.size() + 1);
+    signals.reserve(signals.size() + 1);
+}
+
+void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
+    if (held_.holds > 0) held_.remains->members.push_back(std::move(member));
+}
+
+// Out of the table and the document now; destroyed when nobody holds it.
+void SmartComponent::retire() {
+    makeRoom();
+    Removals::inst().add(Removals::What::Component, id(), 0);
+    sdf::SdfManager::Remove(id());
+    if (held_.holds == 0) {
+        delete this;
+        return;
+    }
+    element()->removeFromParent();
+    held_.removed = true;
+    held_.remains->component = true;
+}
+
+// The last hold is gone.
+void SmartComponent::bury() {
+    const std::unique_ptr<Remains> remains = std::move(held_.remains);
+    if (remains->component) delete this;
 }
 
 // Flags and notices.
@@ -110,12 +179,7 @@ bool SmartComponent::isTopLevel() const {
     return getObjParentId() == StationLogic::inst()->id();
 }
 
-bool SmartComponent::objectIsInvalid(unsigned id) {
-    auto& manager = *sdf::SdfManager::inst();
-    const std::shared_lock lock(manager.mutex());
-    const auto entry = manager.objects().find(id);
-    return entry == manager.objects().end() || !entry->second;
-}
+bool SmartComponent::objectIsInvalid(unsigned id) { return !findObject(id); }
 
 std::string SmartComponent::GetTypeName(unsigned id) {
     return objectAs<sdf::SdfObject>(id).element()->asString("type");
@@ -134,11 +198,14 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 // Property values.
 
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
+    const Hold hold(*this);
+    if (isRemoved()) return;
     // The caller's text may be the property's own, which changes on the way.
     const std::string text = value;
     getProperty(propertyId)->setValue(text);
     settingPropertyValues_.try_emplace(propertyId, text);
     notifyPropertyValueChanged(propertyId);
+    if (hold.goneProperty(id(), propertyId) || hold.goneComponent(getObjParentId())) return;
     propagateProperty(propertyId, text);
 }
 
@@ -146,7 +213,7 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
     const Property& property = *getProperty(id);
     if (property.value() == value) return false;
     if (!settingPropertyValues_.contains(id)) return true;
-    SignalBroker::reportEvent("10007", name(), property.name(), value);
+    report("10007", *this, property.name(), value);
     return false;
 }
 
@@ -154,33 +221,41 @@ void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.e
 
 void SmartComponent::propagateProperty(unsigned id, const std::string& value) {
     if (isStationLogic()) return;
-    const unsigned ownId = this->id();
-    for (const auto& [bindingId, binding] : objectAs<Aggregation>(getObjParentId()).bindings()) {
-        if (!binding->matchSrc(ownId, id)) continue;
-        auto& destination = objectAs<SmartComponent>(binding->getDstComponentId());
-        if (!refusesObject(id, *binding, destination, value))
-            destination.setPropertyValue(binding->getDstPropertyId(), value);
-    }
-    if (!isUser()) return;
+    const Hold hold(*this);
+    offerAlong(objectAs<Aggregation>(getObjParentId()), id, value, true);
     // Inwards no object type is asked for.
-    for (const auto& [bindingId, binding] : as<Aggregation>(this).bindings())
-        if (binding->matchSrc(ownId, id))
-            objectAs<SmartComponent>(binding->getDstComponentId())
-                .setPropertyValue(binding->getDstPropertyId(), value);
+    if (isUser() && !hold.goneProperty(this->id(), id))
+        offerAlong(as<Aggregation>(this), id, value, false);
 }
 
-// Whether the value of an "ObjectId" property names an object that does not
-// suit the destination, which is then reported.
-bool SmartComponent::refusesObject(unsigned id, const Connection& binding,
-                                   SmartComponent& destination, const std::string& value) const {
-    if (!getProperty(id)->isObjectId()) return false;
+// Offers the text to every property that a binding of `owner` leads to; if it
+// `asks`, an object that does not suit the destination is not offered.
+void SmartComponent::offerAlong(Aggregation& owner, unsigned id, const std::string& value,
+                                bool asks) {
+    Walk walk(owner, Walk::Over::Bindings, this->id(), id);
+    while (const Connection* const binding = walk.next()) {
+        const unsigned component = binding->getDstComponentId();
+        const unsigned property = binding->getDstPropertyId();
+        if (!walk.reaches(component, property)) continue;
+        auto& destination = objectAs<SmartComponent>(component);
+        const Hold hold(destination);
+        if (asks && getProperty(id)->isObjectId() && refusesObject(destination, property, value))
+            continue;
+        if (walk.reaches(component, property)) destination.setPropertyValue(property, value);
+    }
+}
+
+// Whether the object that the text names does not suit the destination, which
+// is then reported.
+bool SmartComponent::refusesObject(SmartComponent& destination, unsigned destinationId,
+                                   const std::string& value) const {
     const unsigned named = text::toUnsigned(value);
     // What names nothing is checked as the station.
     auto& object = objectAs<sdf::SdfObject>(named == 0 ? 1 : named);
-    const unsigned destinationId = binding.getDstPropertyId();
+    const Hold hold(destination);
     if (destination.checkPropertyObjectType(destinationId, &object)) return false;
-    SignalBroker::reportEvent("10007", destination.name(),
-                              destination.getProperty(destinationId)->name(), value);
+    if (!hold.goneProperty(destination.id(), destinationId))
+        report("10007", destination, destination.getProperty(destinationId)->name(), value);
     return true;
 }
 
@@ -197,6 +272,8 @@ void SmartComponent::getPropertyXYZ(unsigned id, rob::XYZTemplate<double>& out) 
 // Signal values while the station is edited.
 
 void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
+    const Hold hold(*this);
+    if (isRemoved()) return;
     if (getSignal(id)->isInput())
         setStaticInputSignal(id, value);
     else
@@ -204,37 +281,39 @@ void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
 }
 
 void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) {
+    const Hold hold(*this);
     SCSignal& signal = signalAt(signalId);
     signal.setValue(value);
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(signalId);
-    settingSignalValues_.try_emplace(signalId, value);
+    markSignal(signalId, value);
 }
 
 void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
-    if (checkSignalIsSet(id, value)) return;
+    const Hold hold(*this);
+    if (isRemoved() || checkSignalIsSet(id, value)) return;
     SCSignal& signal = signalAt(id);
     if (signal.getValue() == value) return;
     signal.setValue(value);
     // An analog one, too, is the int 0 after its pulse.
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(id);
-    settingSignalValues_.try_emplace(id, value);
+    if (isCutOff(hold, id)) return;
+    markSignal(id, value);
     propagateStaticOutputSignal(id, value);
     // Not reached after a throw: the mark of an interrupted setting stays.
     endSetSignalValue(id);
 }
 
+// Whether the signal, the component or its parent was removed under the hold.
+[[gnu::noinline]] bool SmartComponent::isCutOff(const Hold& hold, unsigned signalId) const {
+    return hold.goneSignal(id(), signalId) || hold.goneComponent(getObjParentId());
+}
+
 void SmartComponent::propagateStaticOutputSignal(unsigned id, SignalValue& value) {
     if (getObjParentId() == 0) return;
-    const SCSignal& source = signalAt(id);
-    objectAs<Aggregation>(getObjParentId())
-        .forEachConnection(this->id(), id, [&](const Connection& connection) {
-            const unsigned component = connection.getDstComponentId();
-            const unsigned signal = connection.getDstSignalId();
-            setDstSignalValue(component, signal, value);
-            if (source.isAutoReset()) setDstSignalValue(component, signal, 0);
-        });
+    deliverAlong(objectAs<Aggregation>(getObjParentId()), this->id(), signalAt(id), value,
+                 setDstSignalValue);
 }
 
 void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
@@ -249,6 +328,8 @@ void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSign
 // Signal values while the simulation runs.
 
 void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
+    const Hold hold(*this);
+    if (isRemoved()) return;
     if (getSignal(id)->isInput())
         handleInputSignal(id, value, time);
     else
@@ -256,7 +337,8 @@ void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
-    if (checkSignalIsSet(id, value)) return;
+    const Hold hold(*this);
+    if (isRemoved() || checkSignalIsSet(id, value)) return;
     SCSignal& signal = signalAt(id);
     const int old = signal.getDigitalValue();
     if (old == value) return;
@@ -264,7 +346,8 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
     // Back to what it was, where a static pulse ends at 0.
     if (signal.isAutoReset()) signal.setValue(old);
     notifySignalValueChanged(id);
-    settingSignalValues_.try_emplace(id, value);
+    if (isCutOff(hold, id)) return;
+    markSignal(id, value);
     propagateDynamicOutputSignal(id, value, time);
     // Not reached after a throw: the mark of an interrupted setting stays.
     endSetSignalValue(id);
@@ -272,14 +355,10 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
 
 void SmartComponent::propagateDynamicOutputSignal(unsigned id, int value, long long time) {
     if (isStationLogic()) return;
-    const SCSignal& source = signalAt(id);
-    objectAs<Aggregation>(getObjParentId())
-        .forEachConnection(this->id(), id, [&](const Connection& connection) {
-            const unsigned component = connection.getDstComponentId();
-            const unsigned signal = connection.getDstSignalId();
-            handleDstSignalValue(component, signal, value, time);
-            if (source.isAutoReset()) handleDstSignalValue(component, signal, 0, time);
-        });
+    deliverAlong(objectAs<Aggregation>(getObjParentId()), this->id(), signalAt(id), value,
+                 [time](unsigned component, unsigned signal, int delivered) {
+                     handleDstSignalValue(component, signal, delivered, time);
+                 });
 }
 
 void SmartComponent::handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
@@ -291,16 +370,21 @@ void SmartComponent::handleDstSignalValue(unsigned dstComponentId, unsigned dstS
         as<ControllerInterface>(object).setSignalValue(dstSignalId, value, true);
 }
 
-// The marks of what is being set.
+// The marks of what is being set. Kept out of line: deliveries nest, and their
+// stack is for what they need after the next one.
 
-bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
+[[gnu::noinline]] bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
     const auto entry = settingSignalValues_.find(id);
     if (entry == settingSignalValues_.end()) return false;
-    if (entry->second != value)
-        SignalBroker::reportEvent("10008", name(), getSignal(id)->getName(), "");
+    if (entry->second != value) report("10008", *this, getSignal(id)->getName(), "");
     return true;
 }
 
-void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.erase(id); }
+// An entry that is there keeps its value.
+[[gnu::noinline]] void SmartComponent::markSignal(unsigned id, const SignalValue& value) {
+    settingSignalValues_.try_emplace(id, value);
+}
+
+[[gnu::noinline]] void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.erase(id); }
 
 }  // namespace trel::smartcomp

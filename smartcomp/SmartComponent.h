@@ -18,6 +18,7 @@ namespace trel::smartcomp {
 
 class Aggregation;
 class Connection;
+class Hold;
 class Property;
 class SCSignal;
 
@@ -25,6 +26,10 @@ class SCSignal;
 /// one changes: the live mirror of one "smart_component" element. It owns its
 /// properties and signals. Component types derive from it; the functions of
 /// Lifecycle.h make and remove components.
+///
+/// What a reaction, a listener or a controller removes in the middle of a
+/// delivery is out of the document and the tables at once, and gets nothing any
+/// more; a delivery whose own source is gone ends quietly. See Hold.
 ///
 /// Every look-up by id that finds nothing throws std::out_of_range "invalid
 /// unordered_map<K, T> key". Nothing is caught in here: what was written, told
@@ -59,6 +64,7 @@ public:
     /// of the parent and, in a user aggregation, along its own. Neither compares
     /// nor validates. A type overrides it to frame it:
     ///
+    ///     const Hold hold(*this);
     ///     if (!shouldSetProperty(id, value)) return;
     ///     SmartComponent::setPropertyValue(id, value);
     ///     /* react */
@@ -179,15 +185,45 @@ protected:
 
     SCSignal& signalAt(unsigned id) const;
 
+    /// Destroys a member that was taken out of its table: now, or when the last
+    /// hold is gone. `makeRoom` comes first, so that nothing throws in between.
+    void makeRoom();
+    void discard(std::unique_ptr<sdf::SdfObject> member) noexcept;
+
+    /// Whether it was removed, and lives on only for the call that holds it.
+    bool isRemoved() const { return held_.removed; }
+
 private:
+    friend class Hold;
     friend class Property;
     friend class SCSignal;
+    friend void RemoveSmartComponent(unsigned);
+    friend void RemoveSubSmartComponent(unsigned);
 
+    struct Remains;
+
+    // A copy is held by nobody.
+    struct Held {
+        Held();
+        Held(const Held&);
+        Held& operator=(const Held&);
+        ~Held();
+
+        unsigned holds = 0;
+        bool removed = false;
+        std::unique_ptr<Remains> remains;  // what waits for the last hold to go
+    };
+
+    void retire();
+    void bury();
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
     void propagateProperty(unsigned id, const std::string& value);
-    bool refusesObject(unsigned id, const Connection& binding, SmartComponent& destination,
+    void offerAlong(Aggregation& owner, unsigned id, const std::string& value, bool asks);
+    bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
+    bool isCutOff(const Hold& hold, unsigned signalId) const;
+    void markSignal(unsigned id, const SignalValue& value);
     void propagateStaticOutputSignal(unsigned id, SignalValue& value);
     void propagateDynamicOutputSignal(unsigned id, int value, long long time);
     static void handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
@@ -198,6 +234,7 @@ private:
     std::unordered_map<unsigned, SignalValue> settingSignalValues_;
     PropertyTable properties_;
     SignalTable signals_;
+    Held held_;
 };
 
 }  // namespace trel::smartcomp

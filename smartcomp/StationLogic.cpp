@@ -5,6 +5,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/station/Station.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 
 namespace trel::smartcomp {
@@ -12,13 +13,13 @@ namespace trel::smartcomp {
 namespace {
 
 // Every component in the object table, as it stands now.
-std::vector<const SmartComponent*> allComponents() {
-    std::vector<const SmartComponent*> components;
+std::vector<std::pair<unsigned, SmartComponent*>> allComponents() {
+    std::vector<std::pair<unsigned, SmartComponent*>> components;
     auto& manager = *sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());
     for (const auto& [id, object] : manager.objects())
-        if (const auto* const component = dynamic_cast<const SmartComponent*>(object))
-            components.push_back(component);
+        if (auto* const component = dynamic_cast<SmartComponent*>(object))
+            components.emplace_back(id, component);
     return components;
 }
 
@@ -45,11 +46,15 @@ void StationLogic::execute(long long) {}
 void StationLogic::addController(unsigned controllerId) { addObjChildWithSdf(controllerId); }
 
 void StationLogic::removeController(unsigned controllerId) {
-    std::vector<unsigned> ended;
+    const Hold hold(*this);
+    std::vector<const Connection*> ended;
     for (const auto& [id, connection] : connectionTable())
         if (connection->matchDst(controllerId) || connection->matchSrc(controllerId))
-            ended.push_back(id);
-    for (const unsigned id : ended) {
+            ended.push_back(connection);
+    for (const Connection* const connection : ended) {
+        // A listener may have deleted it already.
+        if (isDeleted(*connection)) continue;
+        const unsigned id = connection->id();
         deleteConnection(id);
         broker::SignalBroker::signalConnectionDeleted(id, this->id());
     }
@@ -57,9 +62,12 @@ void StationLogic::removeController(unsigned controllerId) {
 }
 
 bool StationLogic::isObjectUsedByComponent(unsigned objectId) const {
-    for (const SmartComponent* const component : allComponents()) {
-        const auto uses = [component](const sdf::SdfObject* object) {
-            return component->isObjectUsed(object->id());
+    for (const auto& [id, component] : allComponents()) {
+        // What was asked before may have removed it.
+        if (findObject(id) != component) continue;
+        const Hold hold(*component);
+        const auto uses = [asked = component](const sdf::SdfObject* object) {
+            return asked->isObjectUsed(object->id());
         };
         if (sdf::SdfObject::AnyOfDescendant(objectId, uses, true)) return true;
     }

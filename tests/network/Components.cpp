@@ -3,6 +3,7 @@
 #include <QString>
 
 #include "smartcomp/Aggregation.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Manager.h"
 #include "smartcomp/SCSignal.h"
 
@@ -34,6 +35,7 @@ public:
 
     void setPropertyValue(unsigned id, const std::string& value) override {
         if (!node().framed) return SmartComponent::setPropertyValue(id, value);
+        const trel::smartcomp::Hold hold(*this);
         if (!shouldSetProperty(id, value)) return;
         SmartComponent::setPropertyValue(id, value);
         endSetPropertyValue(id);

@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "platform/sdf/ObjectType.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Manager.h"
 
 namespace trel::test {
@@ -77,6 +78,7 @@ bool Plain::checkPropertyObjectType(unsigned propertyId, sdf::SdfObject* object)
 }
 
 void Framed::setPropertyValue(unsigned propertyId, const std::string& value) {
+    const smartcomp::Hold hold(*this);
     if (!shouldSetProperty(propertyId, value)) return;
     SmartComponent::setPropertyValue(propertyId, value);
     if (onProperty) onProperty(propertyId, value);
