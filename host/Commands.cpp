@@ -39,10 +39,11 @@ Time lengthOf(const RunOptions& options, const Scenario& scenario) {
 
 void report(const Run::Outcome& outcome, Time length, unsigned long long changes,
             std::size_t leftOut, std::ostream& out) {
-    fmt::print(out, "\nran {} in {} steps: {} changes, {} expectations held, {} failed\n",
+    fmt::print(out, "\nran {} in {} steps; changes: {}; expectations: {} held, {} failed\n",
                textOfTime(length), outcome.steps, changes, outcome.held, outcome.failed.size());
     if (leftOut > 0)
-        fmt::print(out, "{} moments of the scenario come later and were left out\n", leftOut);
+        fmt::print(out, "left out, since they come later: {} of the scenario's moments\n",
+                   leftOut);
     for (const std::string& failed : outcome.failed) fmt::print(out, "{}\n", failed);
 }
 

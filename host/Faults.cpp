@@ -3,15 +3,14 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 #include <tuple>
 
 namespace trel::host {
 
 std::string textOfFaults(const std::string& file, Faults faults) {
-    std::ranges::stable_sort(faults, {}, [](const Fault& fault) {
-        return std::tuple(fault.place.line, fault.place.column);
+    std::ranges::sort(faults, {}, [](const Fault& fault) {
+        return std::tuple(fault.place.line, fault.place.column, fault.text);
     });
     std::string text;
     for (const Fault& fault : faults) {

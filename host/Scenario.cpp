@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
+#include <tuple>
 
 namespace trel::host {
 
@@ -31,8 +32,10 @@ public:
                         return false;
                     return true;
                 });
-        // Moments of one time keep their order.
-        std::ranges::stable_sort(scenario_.timeline, {}, &Moment::at);
+        // Moments of one time keep the order of the file.
+        std::ranges::sort(scenario_.timeline, {}, [](const Moment& moment) {
+            return std::tuple(moment.at, moment.place.line, moment.place.column);
+        });
     }
 
 private:

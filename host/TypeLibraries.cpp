@@ -62,8 +62,13 @@ std::filesystem::path ownTypeLibrary() {
     std::error_code none;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", none).parent_path();
     const auto beside = folder / ownName;
-    return std::filesystem::exists(beside, none) ? beside
-                                                 : folder.parent_path() / "lib" / ownName;
+    const auto lib = folder.parent_path() / "lib" / ownName;
+    for (const auto& place : {beside, lib})
+        if (std::filesystem::exists(place, none)) return place;
+    throw Failure(ExitCode::Usage,
+                  fmt::format("{}: the library of component types that comes with this program is "
+                              "not there, nor at {}; install it again",
+                              beside.string(), lib.string()));
 }
 
 }  // namespace trel::host

@@ -13,6 +13,7 @@ void loadTypeLibrary(const std::filesystem::path& library);
 
 /// The library of component types that comes with this program: beside it, or in
 /// the folder "lib" beside its folder.
+/// \throws Failure (usage) if it is at neither place.
 std::filesystem::path ownTypeLibrary();
 
 }  // namespace trel::host

@@ -90,7 +90,7 @@ TEST_F(PickAndPlace, AllItsExpectationsHold) {
     const Result result = play();
     EXPECT_EQ(result.code, 0) << result.out;
     EXPECT_EQ(result.err, "");
-    EXPECT_THAT(result.out, HasSubstr("36 expectations held, 0 failed"));
+    EXPECT_THAT(result.out, HasSubstr("expectations: 36 held, 0 failed"));
     EXPECT_THAT(result.out, Not(HasSubstr("!! event")));
 }
 

@@ -42,10 +42,10 @@ private:
     int descriptor_;
 };
 
-[[noreturn]] void become(const std::vector<std::string>& arguments, int out, int err) {
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments,
+                         int out, int err) {
     std::vector<char*> argv;
-    std::string program = STATION_PROGRAM;
-    argv.push_back(program.data());
+    argv.push_back(const_cast<char*>(program.data()));
     for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.data()));
     argv.push_back(nullptr);
     dup2(out, STDOUT_FILENO);
@@ -57,11 +57,15 @@ private:
 }  // namespace
 
 Result station(const std::vector<std::string>& arguments) {
+    return stationAt(STATION_PROGRAM, arguments);
+}
+
+Result stationAt(const std::string& program, const std::vector<std::string>& arguments) {
     const Output out;
     const Output err;
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("no process");
-    if (child == 0) become(arguments, out.descriptor(), err.descriptor());
+    if (child == 0) become(program, arguments, out.descriptor(), err.descriptor());
     int status = 0;
     waitpid(child, &status, 0);
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);

@@ -15,8 +15,9 @@ struct Result {
     std::string err;
 };
 
-/// Runs the program `station` with these arguments.
+/// Runs the program `station` with these arguments, or one at another place.
 Result station(const std::vector<std::string>& arguments);
+Result stationAt(const std::string& program, const std::vector<std::string>& arguments);
 
 std::string readFile(const std::filesystem::path& file);
 

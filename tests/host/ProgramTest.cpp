@@ -59,7 +59,7 @@ TEST_F(StationRun, PrintsEveryChangeWithTimeNameAndValue) {
                           "    0.015s  A.Out = 0\n"
                           "    0.015s  -- ok: A.Out = 0\n"
                           "\n"
-                          "ran 0.015s in 3 steps: 3 changes, 1 expectations held, 0 failed\n");
+                          "ran 0.015s in 3 steps; changes: 3; expectations: 1 held, 0 failed\n");
 }
 
 TEST_F(StationRun, AFailedExpectationIsNamedWithWhatWasFoundAndExitCodeOne) {
@@ -134,7 +134,7 @@ TEST_F(StationRun, AMomentBehindTheEndIsNotPassedOverInSilence) {
     EXPECT_THAT(result.err, HasSubstr(play + ":3:5: this moment comes after the end"));
     const Result cut = station({"run", file(), "--scenario", play, "--until", "1s"});
     EXPECT_EQ(cut.code, 0);
-    EXPECT_THAT(cut.out, HasSubstr("1 moments of the scenario come later and were left out"));
+    EXPECT_THAT(cut.out, HasSubstr("left out, since they come later: 1 of the scenario's moments"));
 }
 
 TEST_F(StationRun, AComponentThatThrowsIsNamedAndExitCodeFour) {
@@ -200,6 +200,22 @@ TEST_F(StationRun, ALibraryThatCannotServeIsNamedWithTheReason) {
                 HasSubstr("was built for class layout 2, this program has 1; build"));
     EXPECT_THAT(fault(library("Failing")), HasSubstr("failed while registering its types: no "
                                                      "licence"));
+}
+
+TEST_F(StationRun, AProgramWithoutItsOwnLibraryNamesThePlaces) {
+    std::filesystem::create_directory(path("bin"));
+    std::filesystem::copy_file(STATION_PROGRAM, path("bin/station"));
+    const Result result = stationAt(path("bin/station"), {"show", file()});
+    EXPECT_EQ(result.code, 3);
+    EXPECT_THAT(result.err, StartsWith(path("bin/libtrelcomponents.so") + ": the library"));
+    EXPECT_THAT(result.err, HasSubstr(path("lib/libtrelcomponents.so")));
+}
+
+TEST_F(StationRun, FindsItsOwnLibraryBesideItself) {
+    std::filesystem::create_directory(path("bin"));
+    std::filesystem::copy_file(STATION_PROGRAM, path("bin/station"));
+    std::filesystem::copy_file(OWN_LIBRARY, path("bin/libtrelcomponents.so"));
+    EXPECT_EQ(stationAt(path("bin/station"), {"show", file()}).code, 0);
 }
 
 TEST_F(StationRun, TenRunsPrintTheSame) {

@@ -1,6 +1,9 @@
 #include "host/Trace.h"
 
+#include <locale>
+#include <memory>
 #include <sstream>
+#include <string>
 
 #include "host/Objects.h"
 #include "platform/broker/SignalBroker.h"
@@ -23,6 +26,9 @@ protected:
         LiveCell::TearDown();
     }
     host::Trace& trace() { return *trace_; }
+
+    // Property display follows the global locale.
+    static void showNumbersPlainly() { std::locale::global(std::locale::classic()); }
 
     // What was printed since the last call.
     std::string printed() {
@@ -56,11 +62,13 @@ TEST_F(TraceTest, PrintsBothValuesOfAPulse) {
 }
 
 TEST_F(TraceTest, PrintsAPropertyAsPeopleSeeIt) {
+    showNumbersPlainly();
     host::componentOf(belt)->setPropertyValue(3, "12.5");
     EXPECT_EQ(printed(), "        0s  \"Belt 1.5\".Speed = 12.50\n");
 }
 
 TEST_F(TraceTest, PrintsAPropertyBeforeWhatComesOfIt) {
+    showNumbersPlainly();
     host::componentOf(belt)->setPropertyValue(3, "12.5");
     host::componentOf(outer)->handleSignalValue(1, 1, 0);
     EXPECT_EQ(printed(), "        0s  \"Belt 1.5\".Speed = 12.50\n"

@@ -90,7 +90,7 @@ Evaluation::Evaluation(const Netlist& netlist) {
             return std::ranges::all_of(gate.inputs,
                                        [&](const auto& input) { return known.contains(input); });
         };
-        const auto ready = std::stable_partition(waiting.begin(), waiting.end(), isReady);
+        const auto ready = std::partition(waiting.begin(), waiting.end(), isReady);
         if (ready == waiting.begin()) throw std::runtime_error("a ring, or an undriven wire");
         for (auto gate = waiting.begin(); gate != ready; ++gate) {
             known.insert(gate->output);
