@@ -65,7 +65,8 @@ TEST(ApiTest, SCSignal) {
                   is<Text (S::*)() const, &S::description> &&
                   is<bool (S::*)() const, &S::isAutoReset> &&
                   is<bool (S::*)() const, &S::isVisible>);
-    static_assert(is<void (S::*)(bool), &S::setAutoReset> && is<void (S::*)(bool), &S::setVisible> &&
+    static_assert(is<void (S::*)(bool), &S::setAutoReset> &&
+                  is<void (S::*)(bool), &S::setVisible> &&
                   is<void (S::*)(Text), &S::setDescription>);
     static_assert(std::is_invocable_v<void (S::*)(int), S, int>);
     static_assert(std::is_same_v<std::variant<int, double>, SignalValue>);
@@ -164,7 +165,8 @@ TEST(ApiTest, ManagerAndLifecycle) {
     static_assert(is<Manager* (*)(), &Manager::inst> &&
                   is<void (Manager::*)(std::string_view, Make, Make, QString (*)()),
                      &Manager::registerType> &&
-                  is<void (Manager::*)(std::string_view, void (*)(visual::Visual*, SmartComponent*)),
+                  is<void (Manager::*)(std::string_view,
+                                       void (*)(visual::Visual*, SmartComponent*)),
                      &Manager::registerVisualType>);
     static_assert(is<Make, &Create> &&
                   is<SmartComponent* (*)(Text, unsigned, Text, unsigned), &Build> &&

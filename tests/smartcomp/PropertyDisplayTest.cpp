@@ -111,6 +111,11 @@ TEST_F(PropertyDisplayTest, ObjectIdThatTheManagerDoesNotKnowShowsNone) {
     EXPECT_EQ(shown("ObjectId", "999"), "None");
 }
 
+TEST_F(PropertyDisplayTest, ObjectId0IsNobodysWhateverTheManagerHolds) {
+    enter<Thing>(0, "Nobody");
+    EXPECT_EQ(shown("ObjectId", "0"), "None");
+}
+
 TEST_F(PropertyDisplayTest, ObjectIdOfAnEmptyEntryShowsNone) {
     enterObject(20, nullptr);
     EXPECT_EQ(shown("ObjectId", "20"), "None");

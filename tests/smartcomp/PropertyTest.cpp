@@ -148,7 +148,8 @@ TEST_F(PropertyTest, BlanksAheadOfAnObjectIdArePassedOver) {
 }
 
 TEST_F(PropertyTest, TextWithoutLeadingDigitsIsNoObjectId) {
-    for (const char* text : {"abc", "", "   ", "-", "+", "+-1", "--1", "- 1", "- ", ".5", "\xC2\xA0""1"})
+    for (const char* text : {"abc", "", "   ", "-", "+", "+-1", "--1", "- 1", "- ", ".5",
+                             "\xC2\xA0 1"})
         expectThrow<std::invalid_argument>(noStoul, [&] { objectIdOf(text); });
 }
 
