@@ -176,6 +176,16 @@ TEST_F(ConnectionOrderTest, AConnectionBeyondTheEndMovesUpByItsPlace) {
     EXPECT_EQ(indicesOf({2}), Ids{0});
 }
 
+// It is in the table as a signal connection and stands in no order.
+TEST_F(ConnectionOrderTest, ABindingThatWasGivenAnIndexIsDeletedFromNoPlace) {
+    buildThree();
+    build(4, -1).setIndex(1);
+    box().deleteConnection(4);
+    EXPECT_EQ(orderOf(box()), (Ids{1, 2, 3}));
+    EXPECT_EQ(indicesOf({1, 2, 3}), (Ids{0, 1, 2}));
+    EXPECT_EQ(tableOf(box()).size(), 3u);
+}
+
 // ---- Moves
 
 TEST_F(ConnectionOrderTest, MovingBackwardSwapsWithTheNextOne) {
