@@ -6,6 +6,7 @@
 #include "smartcomp/Hold.h"
 #include "smartcomp/Manager.h"
 #include "smartcomp/SCSignal.h"
+#include "tests/network/LiveEdits.h"
 
 namespace network {
 
@@ -20,36 +21,48 @@ const Model* currentPlan = nullptr;
 
 class Plain : public SmartComponent {
 public:
-    explicit Plain(Element element) : SmartComponent(std::move(element), sdf::ObjectType{40}) {}
+    explicit Plain(Element element)
+        : SmartComponent(std::move(element), sdf::ObjectType{40}),
+          reactions_(plannedNode().reactions),
+          framed_(plannedNode().framed),
+          acceptsObjects_(plannedNode().acceptsObjects) {}
 
     void handleInputSignal(unsigned signalId, int value, long long time) override {
         auto& signal = signalAt(signalId);
         signal.setValue(value);
         if (signal.isAutoReset()) signal.setValue(0);
         notifySignalValueChanged(signalId);
-        for (const Reaction& reaction : node().reactions)
-            if (reaction.input == signalId)
+        LiveEdits::called();
+        for (const Reaction& reaction : reactions_)
+            if (reaction.input == signalId && hasSignal(reaction.output))
                 handleOutputSignal(reaction.output,
                                    reaction.factor * (value % 1000) + reaction.offset, time);
     }
 
     void setPropertyValue(unsigned id, const std::string& value) override {
-        if (!node().framed) return SmartComponent::setPropertyValue(id, value);
+        if (!framed_) return SmartComponent::setPropertyValue(id, value);
         const trel::smartcomp::Hold hold(*this);
         if (!shouldSetProperty(id, value)) return;
         SmartComponent::setPropertyValue(id, value);
+        LiveEdits::called();
         endSetPropertyValue(id);
     }
 
     bool checkPropertyObjectType(unsigned, sdf::SdfObject*) const override {
-        return node().acceptsObjects;
+        return acceptsObjects_;
     }
 
     void execute(long long) override {}
     void readPropertyValues() override {}
 
 private:
-    const Node& node() const { return currentPlan->nodes.at(id()); }
+    const Node& plannedNode() const { return currentPlan->nodes.at(id()); }
+
+    // The model is ahead of the library: it may have removed the node by the time
+    // that the component reacts.
+    std::vector<Reaction> reactions_;
+    bool framed_;
+    bool acceptsObjects_;
 };
 
 template <sdf::ObjectType type>

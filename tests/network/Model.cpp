@@ -10,23 +10,15 @@ namespace {
 constexpr std::size_t mostSteps = 1'500;
 constexpr const char* unknownKey = "out_of_range: invalid unordered_map<K, T> key";
 
-// Counts how deep the model is; settings nest.
-class Deeper {
-public:
-    explicit Deeper(std::size_t& depth) : depth_(depth) { ++depth_; }
-    ~Deeper() { --depth_; }
-
-private:
-    std::size_t& depth_;
-};
-
 }  // namespace
 
 const std::map<std::string, std::string>& numberTexts() {
     static const std::map<std::string, std::string> texts = {
-        {"1", "1"},     {"1.0", "1"},      {"2.50", "2.5"}, {"2.5", "2.5"},
-        {"-0.0", "-0"}, {"1e3", "1000"},   {"1000", "1000"}, {"0.1", "0.1"},
-        {"x", ""},      {"", ""},          {"1,5", ""},     {"7 mm", ""}};
+        {"1", "1"},       {"1.0", "1"},   {"2.50", "2.5"}, {"2.5", "2.5"},
+        {"-0.0", "-0"},   {"-0", "-0"},   {"1e3", "1000"}, {"1000", "1000"},
+        {"0", "0"},       {"0.1", "0.1"}, {"2", "2"},      {"10", "10"},
+        {"9999", "9999"}, {"x", ""},      {"", ""},        {"1,5", ""},
+        {"7 mm", ""},     {"abc", ""},    {"99999999999", "99999999999"}};
     return texts;
 }
 
@@ -39,6 +31,33 @@ void Model::fail(Rule rule, const std::string& what) {
     reach(rule);
     throw Thrown{what};
 }
+
+// Counts how deep the model is; settings nest. What was removed is kept until
+// the outermost has ended.
+class Model::Deeper {
+public:
+    explicit Deeper(Model& model) : model_(model) { ++model_.depth_; }
+    ~Deeper() {
+        if (--model_.depth_ == 0) model_.forgetTheGone();
+    }
+    Deeper(const Deeper&) = delete;
+    Deeper& operator=(const Deeper&) = delete;
+
+private:
+    Model& model_;
+};
+
+// A walk is under way.
+class Model::Walking {
+public:
+    Walking(Model& model, const Walk& walk) : model_(model) { model_.walks.push_back(walk); }
+    ~Walking() { model_.walks.pop_back(); }
+    Walking(const Walking&) = delete;
+    Walking& operator=(const Walking&) = delete;
+
+private:
+    Model& model_;
+};
 
 void Model::step() {
     if (depth_ == 1) steps_ = 0;
@@ -82,10 +101,6 @@ void Model::store(Node& node, unsigned id, Value value) {
                   show(value));
 }
 
-void Model::notifySignal(const Node& node, unsigned id) {
-    log.push_back("signal " + std::to_string(id) + " of " + std::to_string(node.id));
-}
-
 bool Model::isSet(Node& node, unsigned id, Value value, Rule same) {
     const auto entry = node.settingSignals.find(id);
     if (entry == node.settingSignals.end()) return false;
@@ -98,18 +113,79 @@ bool Model::isSet(Node& node, unsigned id, Value value, Rule same) {
     return true;
 }
 
+void Model::call(Place place, Node& node) {
+    if (outsider) outsider->called(*this, place, node);
+}
+
+void Model::notifySignal(Node& node, unsigned id) {
+    log.push_back("signal " + std::to_string(id) + " of " + std::to_string(node.id));
+    call(Place::Listener, node);
+}
+
+// Walks.
+
+bool Model::lostComponent(unsigned component, std::size_t since) const {
+    const auto lost = componentLost_.find(component);
+    return lost != componentLost_.end() && lost->second > since;
+}
+
+bool Model::lostMember(WalkKind kind, unsigned component, unsigned member,
+                       std::size_t since) const {
+    const bool texts = kind == WalkKind::BindingOut || kind == WalkKind::BindingIn;
+    const auto& table = texts ? propertyLost_ : signalLost_;
+    const auto lost = table.find({component, member});
+    return lostComponent(component, since) || (lost != table.end() && lost->second > since);
+}
+
 template <typename Deliver>
-void Model::along(Node& group, unsigned component, unsigned id, const Deliver& deliver) {
-    for (std::size_t place = 0; place < group.order.size(); ++place) {
-        const Connection connection = group.connections.at(group.order[place]);
-        if (connection.srcComponent == component && connection.src == id) deliver(connection);
+void Model::along(WalkKind kind, Node& group, unsigned component, unsigned member,
+                  const Deliver& deliver) {
+    const bool texts = kind == WalkKind::BindingOut || kind == WalkKind::BindingIn;
+    const std::size_t began = clock_;
+    std::vector<std::pair<unsigned, unsigned long>> stood;  // ids and serials
+    if (texts) {
+        for (const auto& [id, connection] : group.connections)
+            if (connection.index < 0) stood.emplace_back(id, connection.serial);
+    } else {
+        for (const unsigned id : group.order)
+            stood.emplace_back(id, group.connections.at(id).serial);
     }
+    for (const auto& [id, serial] : stood) {
+        if (group.removed || lostMember(kind, component, member, began)) return;
+        const auto now = group.connections.find(id);
+        if (now == group.connections.end() || now->second.serial != serial) continue;
+        const Connection serving = now->second;
+        if (serving.srcComponent != component || serving.src != member) continue;
+        const Walking walking(*this, {kind, &group, component, member, serving});
+        deliver(serving, began);
+    }
+}
+
+template <typename Deliver>
+void Model::pulseAlong(WalkKind kind, Node& group, const Node& source, const Signal& signal,
+                       unsigned id, Value value, const Deliver& deliver) {
+    along(kind, group, source.id, id, [&](const Connection& serving, std::size_t began) {
+        const auto isThere = [&](unsigned component, unsigned member) {
+            return !lostMember(kind, component, member, began);
+        };
+        if (isThere(serving.dstComponent, serving.dst)) deliver(serving, value);
+        if (signal.autoReset && isThere(source.id, id) &&
+            isThere(serving.dstComponent, serving.dst))
+            deliver(serving, 0);
+    });
+}
+
+// A setting that has told of itself sends nothing when its signal, its component
+// or its group is gone by then.
+bool Model::isCutOff(WalkKind kind, const Node& node, unsigned member,
+                     std::size_t began) const {
+    return lostMember(kind, node.id, member, began) || lostComponent(node.parent, began);
 }
 
 // Static values.
 
 void Model::setStatic(unsigned id, unsigned signalId, Value value) {
-    const Deeper deeper(depth_);
+    const Deeper deeper(*this);
     step();
     Node& node = component(id);
     if (signal(node, signalId).input)
@@ -128,29 +204,34 @@ void Model::baseStaticInput(Node& node, unsigned id, Value value) {
 void Model::staticInput(Node& node, unsigned id, Value value) {
     if (!node.isAggregation()) return baseStaticInput(node, id, value);
     if (isSet(node, id, value, Rule::StaticRingEnds)) return;
+    const std::size_t began = clock_;
+    const Signal& source = signal(node, id);
     baseStaticInput(node, id, value);
-    along(node, node.id, id, [&](const Connection& connection) {
-        reach(Rule::NestedStaticInput);
-        deliverStatic(connection, value);
-        if (signal(node, id).autoReset) deliverStatic(connection, 0);
-    });
+    if (!lostMember(WalkKind::StaticIn, node.id, id, began))
+        pulseAlong(WalkKind::StaticIn, node, node, source, id, value,
+                   [&](const Connection& connection, Value delivered) {
+                       reach(Rule::NestedStaticInput);
+                       deliverStatic(connection, delivered);
+                   });
     node.settingSignals.erase(id);
 }
 
 void Model::staticOutput(Node& node, unsigned id, Value value) {
     if (isSet(node, id, value, Rule::StaticRingEnds)) return;
-    if (signal(node, id).value == value) return reach(Rule::EqualValueSkipped);
+    const std::size_t began = clock_;
+    const Signal& source = signal(node, id);
+    if (source.value == value) return reach(Rule::EqualValueSkipped);
     store(node, id, value);
-    if (signal(node, id).autoReset) store(node, id, 0);
+    if (source.autoReset) store(node, id, 0);
     notifySignal(node, id);
+    if (isCutOff(WalkKind::StaticOut, node, id, began)) return;
     node.settingSignals.try_emplace(id, value);
     if (node.parent != 0)
-        along(group(node.parent), node.id, id, [&](const Connection& connection) {
-            deliverStatic(connection, value);
-            if (!signal(node, id).autoReset) return;
-            reach(Rule::StaticPulse);
-            deliverStatic(connection, 0);
-        });
+        pulseAlong(WalkKind::StaticOut, group(node.parent), node, source, id, value,
+                   [&](const Connection& connection, Value delivered) {
+                       if (source.autoReset) reach(Rule::StaticPulse);
+                       deliverStatic(connection, delivered);
+                   });
     node.settingSignals.erase(id);
 }
 
@@ -166,7 +247,7 @@ void Model::deliverStatic(const Connection& connection, Value value) {
 // Dynamic values.
 
 void Model::handleSignal(unsigned id, unsigned signalId, int value) {
-    const Deeper deeper(depth_);
+    const Deeper deeper(*this);
     step();
     Node& node = component(id);
     if (signal(node, signalId).input)
@@ -177,41 +258,47 @@ void Model::handleSignal(unsigned id, unsigned signalId, int value) {
 
 void Model::input(Node& node, unsigned id, int value) {
     if (node.kind == Kind::Logic) return reach(Rule::LogicIgnoresInput);
+    const std::size_t began = clock_;
+    const Signal& source = signal(node, id);
     store(node, id, value);
-    if (signal(node, id).autoReset) store(node, id, 0);
+    if (source.autoReset) store(node, id, 0);
     notifySignal(node, id);
     if (node.isAggregation()) {
-        along(node, node.id, id, [&](const Connection& connection) {
-            reach(Rule::NestedDynamicInput);
-            handleSignal(connection.dstComponent, connection.dst, value);
-            if (signal(node, id).autoReset)
-                handleSignal(connection.dstComponent, connection.dst, 0);
-        });
+        if (lostMember(WalkKind::DynamicIn, node.id, id, began)) return;
+        pulseAlong(WalkKind::DynamicIn, node, node, source, id, value,
+                   [&](const Connection& connection, Value delivered) {
+                       reach(Rule::NestedDynamicInput);
+                       handleSignal(connection.dstComponent, connection.dst,
+                                    std::get<int>(delivered));
+                   });
         return;
     }
+    call(Place::Reaction, node);
     for (const Reaction& reaction : node.reactions)
-        if (reaction.input == id)
+        if (reaction.input == id && node.signals.contains(reaction.output))
             output(node, reaction.output, reaction.factor * (value % 1000) + reaction.offset);
 }
 
 void Model::output(Node& node, unsigned id, int value) {
-    if (isSet(node, id, value, Rule::DynamicRingEnds)) return;
-    const Value held = signal(node, id).value;
+    if (node.removed || isSet(node, id, value, Rule::DynamicRingEnds)) return;
+    const std::size_t began = clock_;
+    const Signal& source = signal(node, id);
+    const Value held = source.value;
     if (!std::holds_alternative<int>(held)) fail(Rule::OutputHoldsDouble, "bad_variant_access");
     if (held == Value(value)) return reach(Rule::EqualValueSkipped);
     store(node, id, value);
-    if (signal(node, id).autoReset) store(node, id, held);
+    if (source.autoReset) store(node, id, held);
     notifySignal(node, id);
+    if (isCutOff(WalkKind::DynamicOut, node, id, began)) return;
     node.settingSignals.try_emplace(id, value);
     if (node.kind == Kind::Logic)
         reach(Rule::LogicSendsNothing);
     else
-        along(group(node.parent), node.id, id, [&](const Connection& connection) {
-            deliverDynamic(connection, value);
-            if (!signal(node, id).autoReset) return;
-            reach(Rule::DynamicPulse);
-            deliverDynamic(connection, 0);
-        });
+        pulseAlong(WalkKind::DynamicOut, group(node.parent), node, source, id, value,
+                   [&](const Connection& connection, Value delivered) {
+                       if (source.autoReset) reach(Rule::DynamicPulse);
+                       deliverDynamic(connection, std::get<int>(delivered));
+                   });
     node.settingSignals.erase(id);
 }
 
@@ -227,7 +314,7 @@ void Model::deliverDynamic(const Connection& connection, int value) {
 // Texts.
 
 void Model::setText(unsigned id, unsigned propertyId, const std::string& text) {
-    const Deeper deeper(depth_);
+    const Deeper deeper(*this);
     step();
     Node& node = component(id);
     if (!node.framed && !node.isAggregation()) return baseSetText(node, propertyId, text);
@@ -239,10 +326,12 @@ void Model::setText(unsigned id, unsigned propertyId, const std::string& text) {
         return;
     }
     baseSetText(node, propertyId, text);
+    if (node.kind == Kind::Plain) call(Place::Override, node);
     node.settingTexts.erase(propertyId);
 }
 
 void Model::baseSetText(Node& node, unsigned id, const std::string& text) {
+    const std::size_t began = clock_;
     Property& target = property(node, id);
     std::string rendered = text;
     if (target.holdsDouble) {
@@ -254,20 +343,26 @@ void Model::baseSetText(Node& node, unsigned id, const std::string& text) {
                   rendered);
     node.settingTexts.try_emplace(id, text);
     log.push_back("property " + std::to_string(id) + " of " + std::to_string(node.id));
+    call(Place::Listener, node);
+    if (isCutOff(WalkKind::BindingOut, node, id, began)) return;
 
     if (node.kind == Kind::Logic) return reach(Rule::LogicSendsNothing);
-    for (const auto& [bindingId, binding] : group(node.parent).connections) {
-        if (binding.index >= 0 || binding.srcComponent != node.id || binding.src != id) continue;
-        reach(Rule::BindingOutwards);
+    const auto offer = [&](WalkKind kind, const Connection& binding, std::size_t walkBegan) {
+        if (lostMember(kind, binding.dstComponent, binding.dst, walkBegan)) return;
+        const bool outwards = kind == WalkKind::BindingOut;
+        reach(outwards ? Rule::BindingOutwards : Rule::BindingInwards);
         component(binding.dstComponent);
-        if (!refuses(node, id, binding, text)) setText(binding.dstComponent, binding.dst, text);
-    }
-    if (node.kind != Kind::UserGroup) return;
-    for (const auto& [bindingId, binding] : node.connections) {
-        if (binding.index >= 0 || binding.srcComponent != node.id || binding.src != id) continue;
-        reach(Rule::BindingInwards);
+        if (outwards && refuses(node, id, binding, text)) return;
         setText(binding.dstComponent, binding.dst, text);
-    }
+    };
+    const auto offerAlong = [&](WalkKind kind, Node& owner) {
+        along(kind, owner, node.id, id, [&](const Connection& binding, std::size_t walkBegan) {
+            offer(kind, binding, walkBegan);
+        });
+    };
+    offerAlong(WalkKind::BindingOut, group(node.parent));
+    if (node.kind == Kind::UserGroup && !lostMember(WalkKind::BindingIn, node.id, id, began))
+        offerAlong(WalkKind::BindingIn, node);
 }
 
 bool Model::refuses(Node& node, unsigned id, const Connection& binding, const std::string& text) {
@@ -289,37 +384,6 @@ bool Model::refuses(Node& node, unsigned id, const Connection& binding, const st
     reach(Rule::ObjectRefused);
     log.push_back("event 10007 " + destination.name + " " +
                   property(destination, binding.dst).name + " " + text);
-    return true;
-}
-
-// Edits.
-
-void Model::renumber(Node& group) {
-    for (std::size_t place = 0; place != group.order.size(); ++place)
-        group.connections.at(group.order[place]).index = static_cast<int>(place);
-}
-
-void Model::connect(Node& group, unsigned id, const Connection& connection) {
-    group.connections.emplace(id, connection);
-    if (connection.index < 0) return;
-    const auto place = std::min(static_cast<std::size_t>(connection.index), group.order.size());
-    group.order.insert(group.order.begin() + static_cast<std::ptrdiff_t>(place), id);
-    renumber(group);
-}
-
-void Model::disconnect(Node& group, unsigned id) {
-    group.connections.erase(id);
-    std::erase(group.order, id);
-    renumber(group);
-}
-
-bool Model::move(Node& group, unsigned id, int step) {
-    const auto place = std::find(group.order.begin(), group.order.end(), id);
-    if (place == group.order.end()) return false;
-    const auto index = place - group.order.begin() + step;
-    if (index < 0 || index >= std::ssize(group.order)) return false;
-    std::swap(*place, group.order[static_cast<std::size_t>(index)]);
-    renumber(group);
     return true;
 }
 

@@ -9,12 +9,12 @@
 #include <variant>
 #include <vector>
 
+#include "tests/network/Edit.h"
+
 /// The rules of value flow written down a second time, small and slow, on plain
 /// data: what the library has to do with a station, step by step. It shares no
 /// code with the library.
 namespace network {
-
-using Value = std::variant<int, double>;
 
 /// The rules that a random station must be seen to reach.
 enum class Rule {
@@ -70,14 +70,6 @@ struct Property {
     std::string text;
 };
 
-struct Connection {
-    unsigned srcComponent;
-    unsigned src;
-    unsigned dstComponent;
-    unsigned dst;
-    int index;  // negative in a binding
-};
-
 /// How a component of the test answers a dynamic input: it sets an output.
 struct Reaction {
     unsigned input;
@@ -98,12 +90,18 @@ struct Node {
     std::map<unsigned, Signal> signals;
     std::map<unsigned, Property> properties;
     std::vector<Reaction> reactions;
+    // The children that the aggregation was told of, in the order of telling.
+    std::vector<unsigned> children;
     // The same kind of table as the library's, filled in the same order: its
     // iteration order is that of the bindings.
     std::unordered_map<unsigned, Connection> connections;
     std::vector<unsigned> order;
     std::map<unsigned, Value> settingSignals;
     std::map<unsigned, std::string> settingTexts;
+    // What was taken out while a setting is under way, which may still use it.
+    std::multimap<unsigned, Signal> goneSignals;
+    std::multimap<unsigned, Property> goneProperties;
+    bool removed = false;
 
     bool isAggregation() const {
         return kind == Kind::Group || kind == Kind::UserGroup || kind == Kind::Logic;
@@ -116,6 +114,31 @@ const std::map<std::string, std::string>& numberTexts();
 
 std::string show(const Value& value);
 
+class Model;
+
+/// Somebody else's code, called by the model wherever the library calls a
+/// component type or a listener.
+class Outsider {
+public:
+    virtual ~Outsider() = default;
+    virtual void called(Model& model, Place place, Node& node) = 0;
+};
+
+/// One delivery along the connections or bindings of a group that begin at one
+/// end, and what it is serving.
+struct Walk {
+    WalkKind kind = WalkKind::None;
+    Node* group = nullptr;
+    unsigned component = 0;
+    unsigned member = 0;
+    Connection serving;
+};
+
+/// The rules for edits in the middle of a delivery: a walk serves what stood in
+/// its group when it began, in that order, each at most once, with the ends that
+/// it has when its turn comes; what was deleted by then, or no longer begins at
+/// the walk's source, gets nothing. A destination that was removed since the walk
+/// began is passed over. The walk ends when its source or its group is removed.
 class Model {
 public:
     std::map<unsigned, Node> nodes;
@@ -128,18 +151,34 @@ public:
 
     // Edits of the order; false where the library throws "invalid vector
     // subscript".
-    void connect(Node& group, unsigned id, const Connection& connection);
+    void connect(Node& group, unsigned id, Connection connection);
     void disconnect(Node& group, unsigned id);
     bool move(Node& group, unsigned id, int step);
 
+    void deleteSignal(Node& node, unsigned id);
+    void deleteProperty(Node& node, unsigned id);
+    void remove(unsigned component, bool tellsParent);
+    void apply(const Edit& edit);
+
+    unsigned long nextSerial() { return ++serials_; }
+
+    /// Asked wherever the library calls somebody else's code; may be null.
+    Outsider* outsider = nullptr;
+
+    /// The walks under way, the innermost last; a setting that an edit began
+    /// stands between them as one without a group.
+    std::vector<Walk> walks;
+
 private:
+    class Deeper;
+    class Walking;
     Node& object(unsigned id);
     Node& component(unsigned id);
     Node& group(unsigned id);
     Signal& signal(Node& node, unsigned id);
     Property& property(Node& node, unsigned id);
     void store(Node& node, unsigned id, Value value);
-    void notifySignal(const Node& node, unsigned id);
+    void notifySignal(Node& node, unsigned id);
     bool isSet(Node& node, unsigned id, Value value, Rule same);
     void baseStaticInput(Node& node, unsigned id, Value value);
     void staticInput(Node& node, unsigned id, Value value);
@@ -150,17 +189,39 @@ private:
     void deliverDynamic(const Connection& connection, int value);
     void baseSetText(Node& node, unsigned id, const std::string& text);
     bool refuses(Node& node, unsigned id, const Connection& binding, const std::string& text);
-    void renumber(Node& group);
+    void set(const Edit& edit);
     void step();
     void reach(Rule rule) { ++reached[static_cast<std::size_t>(rule)]; }
     [[noreturn]] void fail(Rule rule, const std::string& what);
 
-    // Calls `deliver` with each signal connection from that end, in order.
+    void call(Place place, Node& node);
+    bool lostComponent(unsigned component, std::size_t since) const;
+    bool isCutOff(WalkKind kind, const Node& node, unsigned member, std::size_t began) const;
+    bool lostMember(WalkKind kind, unsigned component, unsigned member, std::size_t since) const;
+    void forgetTheGone();
+
+    // Calls `deliver` with each connection or binding from that end which the
+    // walk serves, in order.
     template <typename Deliver>
-    void along(Node& group, unsigned component, unsigned signal, const Deliver& deliver);
+    void along(WalkKind kind, Node& group, unsigned component, unsigned member,
+               const Deliver& deliver);
+    // A pulse for an auto-reset signal: once begun it is finished, as long as
+    // both ends are there.
+    template <typename Deliver>
+    void pulseAlong(WalkKind kind, Node& group, const Node& source, const Signal& signal,
+                    unsigned id, Value value, const Deliver& deliver);
 
     std::size_t steps_ = 0;
     std::size_t depth_ = 0;
+    unsigned long serials_ = 0;
+    // When what was removed last; the key is a component and a member, 0 for the
+    // component itself.
+    using Member = std::pair<unsigned, unsigned>;
+    std::size_t clock_ = 0;
+    std::map<unsigned, std::size_t> componentLost_;
+    std::map<Member, std::size_t> signalLost_;
+    std::map<Member, std::size_t> propertyLost_;
+    std::multimap<unsigned, Node> gone_;
 };
 
 }  // namespace network

@@ -6,6 +6,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
 #include "platform/station/ControllerInterface.h"
+#include "tests/network/LiveEdits.h"
 #include "tests/network/Model.h"
 
 namespace network {
@@ -47,10 +48,12 @@ void Recorder::addController(unsigned id) {
 
 void Recorder::scPropertyValueChanged(unsigned propertyId, unsigned componentId) {
     log.push_back("property " + std::to_string(propertyId) + " of " + std::to_string(componentId));
+    LiveEdits::called();
 }
 
 void Recorder::scSignalValueChanged(unsigned signalId, unsigned componentId) {
     log.push_back("signal " + std::to_string(signalId) + " of " + std::to_string(componentId));
+    LiveEdits::called();
 }
 
 void Recorder::reportEvent(const std::string& code, const std::string& text1,
