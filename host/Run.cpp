@@ -9,6 +9,7 @@
 #include "host/Failure.h"
 #include "host/Members.h"
 #include "host/Objects.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
 
 namespace trel::host {
@@ -87,6 +88,8 @@ void Run::ask(unsigned id, std::string_view doing, const Ask& asking) {
     SmartComponent* const component = componentOf(id);
     if (!component) return;
     try {
+        // It may remove itself, and is then still on its way back here.
+        const smartcomp::Hold hold(*component);
         asking(*component);
     } catch (...) {
         trace_.flush();
@@ -109,9 +112,10 @@ void Run::apply(const Setting& setting) {
         return;
     }
     try {
-        if (propertyOf(member))
+        if (propertyOf(member)) {
+            const smartcomp::Hold hold(*componentOf(member.object));
             componentOf(member.object)->setPropertyValue(member.id, setting.text);
-        else if (signalOf(member))
+        } else if (signalOf(member))
             componentOf(member.object)->handleSignalValue(member.id, setting.number, time_);
         else if (auto* const controller = dynamic_cast<Controller*>(objectOf(member.object));
                  controllerSignalOf(member)->isOutput())

@@ -11,6 +11,7 @@
 #include "smartcomp/Property.h"
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/Walk.h"
+#include "smartcomp/Wiring.h"
 
 namespace trel::smartcomp {
 
@@ -45,6 +46,14 @@ Aggregation::Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType 
         childPositions_.try_emplace(cut<unsigned>(v.x), cut<int>(v.y), cut<int>(v.z));
     }
 }
+
+Aggregation::Wired::Wired() = default;
+Aggregation::Wired::Wired(const Wired&) : isCopy(true) {}
+Aggregation::Wired& Aggregation::Wired::operator=(const Wired&) {
+    isCopy = true;
+    return *this;
+}
+Aggregation::Wired::~Wired() = default;
 
 Aggregation::Aggregation(const Aggregation&) = default;
 Aggregation& Aggregation::operator=(const Aggregation&) = default;
@@ -155,6 +164,7 @@ void Aggregation::loadConnections() {
     std::vector<std::unique_ptr<Connection>> read;
     for (const auto& child : element()->children("connection")) {
         read.emplace_back(new Connection(child));
+        read.back()->owner_ = this;
         connections_[read.back()->id()] = read.back().get();
     }
     // By index, and where indices are equal in the order of the document: whatever
@@ -175,7 +185,7 @@ void Aggregation::loadConnections() {
 
 Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
     const unsigned id = connection->id();
-    freezeWalks();
+    beforeEdit();
     order_.reserve(order_.size() + 1);
     Connection*& entry = connections_[id];
     // One that had the id is lost, and its place in the order is closed.
@@ -183,6 +193,7 @@ Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
         entry->gone_ = true;
         if (!entry->isBinding()) closeGap(placeOf(*entry));
     }
+    connection->owner_ = this;
     entry = connection.release();
     if (entry->isBinding()) return entry;
 
@@ -205,7 +216,7 @@ Connection* Aggregation::getBinding(unsigned id) const {
 
 void Aggregation::deleteConnection(unsigned id) {
     Connection* const connection = at(connections_, id);
-    freezeWalks();
+    beforeEdit();
     makeRoom();
     connections_.erase(id);
     connection->gone_ = true;
@@ -216,9 +227,37 @@ void Aggregation::deleteConnection(unsigned id) {
 
 void Aggregation::deleteBinding(unsigned id) { deleteConnection(id); }
 
-// Before an edit: the walks under way keep what they have yet to serve.
-void Aggregation::freezeWalks() {
-    for (Walk* walk = walks_.innermost; walk; walk = walk->outer()) walk->freeze();
+// The walks under way keep what they have yet to serve, and what was made from
+// the tables is dropped.
+void Aggregation::beforeEdit() {
+    for (Walk* walk = wired_.innermost; walk; walk = walk->outer()) walk->freeze();
+    wired_.connections.reset();
+    wired_.bindings.reset();
+    wired_.plainWalks = 0;
+}
+
+// Null when a plain walk over the order is cheaper: over few connections, and
+// after an edit until as much has been walked as making the wiring takes.
+const Wiring* Aggregation::wiring(Served served) {
+    constexpr unsigned fewConnections = 4;
+    constexpr unsigned worthOfWiring = 8;  // plain walks
+    if (wired_.isCopy) beforeEdit();
+    if (served == Served::Connections && !wired_.connections &&
+        (order_.size() <= fewConnections || ++wired_.plainWalks <= worthOfWiring))
+        return nullptr;
+    auto& wiring = served == Served::Connections ? wired_.connections : wired_.bindings;
+    if (!wiring) wiring = std::make_unique<const Wiring>(inOrderOfService(served));
+    return wiring.get();
+}
+
+// Connections by their place; bindings as the table has them.
+std::vector<const Connection*> Aggregation::inOrderOfService(Served served) const {
+    std::vector<const Connection*> all;
+    if (served == Served::Connections)
+        for (const unsigned id : order_) all.push_back(at(connections_, id));
+    else
+        for (const auto& [id, connection] : connections_) all.push_back(connection);
+    return all;
 }
 
 // Where a signal connection stands in the order; the order's length if nowhere.
@@ -248,7 +287,7 @@ void Aggregation::swapWithNeighbour(unsigned id, int step) {
     if (place >= order_.size() || order_[place] != id || neighbour >= order_.size())
         throw std::out_of_range("invalid vector subscript");
     Connection* const other = at(connections_, order_[neighbour]);
-    freezeWalks();
+    beforeEdit();
     moved->setIndex(neighbour);
     other->setIndex(place);
     std::swap(order_[place], order_[neighbour]);

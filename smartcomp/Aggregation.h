@@ -15,6 +15,7 @@
 namespace trel::smartcomp {
 
 class Walk;
+class Wiring;
 
 /// A component that contains others, and the signal connections and property
 /// bindings between them and itself. It owns the connections; its children are
@@ -135,16 +136,26 @@ private:
     friend class Connection;
     friend class Walk;
 
-    // The walks under way, the innermost first. A copy has none.
-    struct Walks {
-        Walks() = default;
-        Walks(const Walks&) {}
-        Walks& operator=(const Walks&) { return *this; }
+    enum class Served : unsigned char { Connections, Bindings };
 
-        Walk* innermost = nullptr;
+    // What deliveries keep. A copy shares its connections, hears nothing of what
+    // they become, and so keeps nothing from one delivery to the next.
+    struct Wired {
+        Wired();
+        Wired(const Wired&);
+        Wired& operator=(const Wired&);
+        ~Wired();
+
+        Walk* innermost = nullptr;  // of the walks under way
+        std::unique_ptr<const Wiring> connections;
+        std::unique_ptr<const Wiring> bindings;
+        unsigned plainWalks = 0;  // since the last edit
+        bool isCopy = false;
     };
 
-    void freezeWalks();
+    void beforeEdit();
+    const Wiring* wiring(Served served);
+    std::vector<const Connection*> inOrderOfService(Served served) const;
     void loadConnections();
     Connection* addConnection(std::unique_ptr<Connection> connection);
     void closeGap(std::size_t place);
@@ -158,7 +169,7 @@ private:
     std::unordered_map<unsigned, std::pair<int, int>> childPositions_;
     ConnectionTable connections_;
     std::vector<unsigned> order_;  // signal connections, in delivery order
-    Walks walks_;
+    Wired wired_;
 };
 
 }  // namespace trel::smartcomp

@@ -42,11 +42,31 @@ Connection::Connection(std::shared_ptr<sdf::Element> element)
       destination_(element->asUInt64("destination")),
       index_(indexOf(*element)) {}
 
-Connection::Connection(const Connection&) = default;
-Connection::Connection(Connection&&) = default;
-Connection& Connection::operator=(const Connection&) = default;
-Connection& Connection::operator=(Connection&&) = default;
+Connection::Connection(const Connection& other)
+    : SdfObject(other),
+      source_(other.source_),
+      destination_(other.destination_),
+      index_(other.index_) {}
+
+// Nothing of a connection is worth moving.
+Connection::Connection(Connection&& other) : Connection(std::as_const(other)) {}
+
+Connection& Connection::operator=(const Connection& other) {
+    beforeEdit();
+    SdfObject::operator=(other);
+    source_ = other.source_;
+    destination_ = other.destination_;
+    index_ = other.index_;
+    return *this;
+}
+
+Connection& Connection::operator=(Connection&& other) { return *this = std::as_const(other); }
+
 Connection::~Connection() = default;
+
+void Connection::beforeEdit() {
+    if (owner_) owner_->beforeEdit();
+}
 
 unsigned Connection::GetComponentId(std::shared_ptr<sdf::Element> end) {
     return componentOf(end->asUInt64(""));
@@ -58,6 +78,7 @@ void Connection::SetComponentId(std::shared_ptr<sdf::Element> end, unsigned comp
 
 void Connection::modify(unsigned srcComponentId, unsigned srcSignalId, unsigned dstComponentId,
                         unsigned dstSignalId) {
+    if (!matchSrc(srcComponentId, srcSignalId)) beforeEdit();
     const auto replace = [this](End& end, std::string_view key, End wanted) {
         if (end == wanted) return;
         end = wanted;
@@ -69,6 +90,7 @@ void Connection::modify(unsigned srcComponentId, unsigned srcSignalId, unsigned 
 
 void Connection::setIndex(unsigned index) {
     if (index == getIndex()) return;
+    if (isBinding() != (static_cast<int>(index) < 0)) beforeEdit();
     index_ = static_cast<int>(index);
     write(element(), "index", index);
 }

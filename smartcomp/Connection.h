@@ -85,11 +85,13 @@ private:
     static constexpr unsigned memberOf(End end) { return static_cast<unsigned>(end); }
 
     explicit Connection(std::shared_ptr<sdf::Element> element);
+    void beforeEdit();
 
     End source_;
     End destination_;
     int index_ = -1;     // place in the order; -1 in a binding
     bool gone_ = false;  // deleted while its aggregation is held
+    Aggregation* owner_ = nullptr;  // who hears of edits; a copy has none
 };
 
 }  // namespace trel::smartcomp

@@ -3,8 +3,6 @@
 #include <array>
 #include <cmath>
 #include <iomanip>
-#include <mutex>
-#include <shared_mutex>
 #include <sstream>
 #include <utility>
 
@@ -33,12 +31,8 @@ std::string displayThree(double a, double b, double c, bool whole, const char* u
 // The name of the document object that a value text names.
 std::string displayObject(const std::string& value) {
     const unsigned id = text::toUnsigned(value);
-    if (id == 0) return "None";
-    auto& manager = *sdf::SdfManager::inst();
-    const std::shared_lock lock(manager.mutex());
-    const auto entry = manager.objects().find(id);
-    if (entry == manager.objects().end() || !entry->second) return "None";
-    return entry->second->name();
+    const sdf::SdfObject* const object = id == 0 ? nullptr : findObject(id);
+    return object ? object->name() : "None";
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
-#include <vector>
 
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
@@ -15,12 +13,13 @@ namespace trel::smartcomp {
 /// begin at one end, for the sources of the library only. Lives on the stack of
 /// the delivery and holds the aggregation.
 ///
-/// It goes over the live tables until somebody edits them. Before that happens it
-/// keeps what it has yet to serve (freeze): deleted connections are passed over
-/// from then on, added ones are not met, and the order is that of before.
+/// It goes over the aggregation's own tables until somebody edits them. Before
+/// that happens it keeps what it has yet to serve (freeze): deleted connections
+/// are passed over from then on, added ones are not met, and the order is that of
+/// before.
 class Walk {
 public:
-    enum class Over { Connections, Bindings };
+    using Over = Aggregation::Served;
 
     /// A walk along what begins at a signal (or, over bindings, a property) of a
     /// component.
@@ -43,23 +42,27 @@ public:
     Walk* outer() const { return outer_; }
 
 private:
+    // What the places are counted in.
+    enum class In : unsigned char {
+        Order,   // the aggregation's order, all of it
+        Routes,  // what its wiring has from this end
+        Frozen,  // what was yet to serve at the first edit, owned
+    };
+
     bool isGone(unsigned component, unsigned member) const;
     bool suits(const Connection& connection) const;
-    const Connection* nextLive();
-    const Connection* nextFrozen();
-
-    using Frozen = std::vector<const Connection*>;
 
     // Deliveries nest: every word counts here.
     Aggregation& owner_;
     const Hold hold_;
     Walk* const outer_;
+    const Connection* const* routes_ = nullptr;
     const unsigned component_;
     const unsigned member_;
-    Aggregation::ConnectionTable::const_iterator entry_;  // next, over bindings
-    std::unique_ptr<Frozen> frozen_;
-    unsigned place_ = 0;  // next, in the order or frozen
+    unsigned place_ = 0;  // of the next
+    unsigned end_ = 0;
     const Over over_;
+    In in_ = In::Order;
 };
 
 /// Delivers `value` along the signal connections of `owner` that begin at
