@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <QString>
+#include <array>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "smartcomp/Hold.h"
+#include "smartcomp/Manager.h"
+#include "tests/smartcomp/Cell.h"
+
+// Deliveries nest: each hop of a chain lies on the stack of the one before.
+//
+//   Cell ( 100.2 -> 101.1, 101.2 -> 102.1, ... )        signals, static and dynamic
+//   Cell ( 100.1 -> 101.1, 101.1 -> 102.1, ... )        bindings
+//   100 ( 100.1 -> 101.1, 101 ( 101.1 -> 102.1, ... ))  groups in groups
+
+#if defined(__SANITIZE_ADDRESS__)
+#define TREL_SANITIZED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TREL_SANITIZED 1
+#endif
+#endif
+
+namespace trel::test {
+namespace {
+
+constexpr std::size_t kibi = 1024;
+constexpr std::size_t mebi = 1024 * kibi;
+
+#ifdef TREL_SANITIZED
+constexpr std::size_t stackForChains = 64 * mebi;
+#else
+constexpr std::size_t stackForChains = 8 * mebi;
+#endif
+
+#if defined(__OPTIMIZE__) && !defined(TREL_SANITIZED)
+constexpr bool isLean = true;
+#else
+constexpr bool isLean = false;  // frames of such a build are not what they cost
+#endif
+
+constexpr unsigned cellId = 10;
+constexpr unsigned firstId = 100;
+constexpr unsigned hops = 10'000;
+constexpr unsigned lastId = firstId + hops;
+
+// Stores what reaches its input 1, tells of it and hands it on to its output 2;
+// a text it only hands on.
+class Relay : public SmartComponent {
+public:
+    explicit Relay(ElementPtr element)
+        : SmartComponent(std::move(element), sdf::ObjectType::Component) {}
+
+    void handleInputSignal(unsigned signalId, int value, long long time) override {
+        signalAt(signalId).setValue(value);
+        notifySignalValueChanged(signalId);
+        handleOutputSignal(2, value, time);
+    }
+
+    void setStaticInputSignal(unsigned signalId, SignalValue value) override {
+        SmartComponent::setStaticInputSignal(signalId, value);
+        setStaticOutputSignal(2, value);
+        endSetSignalValue(signalId);
+    }
+
+    void setPropertyValue(unsigned id, const std::string& value) override {
+        const smartcomp::Hold hold(*this);
+        if (!shouldSetProperty(id, value)) return;
+        SmartComponent::setPropertyValue(id, value);
+        endSetPropertyValue(id);
+    }
+
+    void execute(long long) override {}
+    void readPropertyValues() override {}
+
+private:
+    Alive alive_{this};
+};
+
+SmartComponent* makeRelay(ElementPtr element) { return new Relay(std::move(element)); }
+
+// Notes where on the stack the first and the last notice of a chain were given.
+class Depth : private broker::Listener {
+public:
+    Depth() { broker::SignalBroker::subscribe(*this); }
+    ~Depth() override { broker::SignalBroker::unsubscribe(*this); }
+    Depth(const Depth&) = delete;
+    Depth& operator=(const Depth&) = delete;
+
+    std::size_t bytesPerHop() const { return static_cast<std::size_t>(first_ - last_) / hops; }
+
+private:
+    void scSignalValueChanged(unsigned signalId, unsigned componentId) override {
+        if (signalId == 1) note(componentId, static_cast<char*>(__builtin_frame_address(0)));
+    }
+    void scPropertyValueChanged(unsigned, unsigned componentId) override {
+        note(componentId, static_cast<char*>(__builtin_frame_address(0)));
+    }
+    void note(unsigned componentId, char* place) {
+        if (componentId == firstId) first_ = place;
+        if (componentId == lastId) last_ = place;
+    }
+
+    char* first_ = nullptr;
+    char* last_ = nullptr;
+};
+
+void* runFunction(void* function) {
+    (*static_cast<std::function<void()>*>(function))();
+    return nullptr;
+}
+
+// Runs on a thread with a stack of that size, and throws here what it throws.
+void onStackOf(std::size_t bytes, const std::function<void()>& action) {
+    std::exception_ptr thrown;
+    std::function<void()> guarded = [&] {
+        try {
+            action();
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+    };
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, bytes), 0);
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, &attributes, runFunction, &guarded), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+    if (thrown) std::rethrow_exception(thrown);
+}
+
+class DepthOfChains : public CellTest {
+protected:
+    void SetUp() override {
+        CellTest::SetUp();
+        smartcomp::Manager::inst()->registerType("Relay", makeRelay, makeRelay,
+                                                 [] { return QString("hands on"); });
+        logic();
+    }
+
+    // The relays, in one cell, with connections or bindings from member to member.
+    static void chainRelays(unsigned from, unsigned to, bool bindings) {
+        Draft cell("Box", cellId, "Cell");
+        for (unsigned i = 0; i != hops; ++i)
+            cell.connection(1 + i, {firstId + i, from}, {firstId + i + 1, to},
+                            bindings ? std::nullopt : std::optional(i));
+        cell.make<Box>();
+        for (unsigned id = firstId; id <= lastId; ++id)
+            Draft("Relay", id, "R")
+                .in(cellId)
+                .property(1, "P", "String", std::string("old"))
+                .signal(1, "In", "DigitalInput")
+                .signal(2, "Out", "DigitalOutput")
+                .make<Relay>();
+    }
+
+    static void nestGroups() {
+        for (unsigned id = firstId; id <= lastId; ++id) {
+            Draft group("Box", id, "G");
+            if (id != firstId) group.in(id - 1);
+            group.signal(1, "In", "DigitalInput");
+            if (id != lastId) group.connection(1, {id, 1}, {id + 1, 1}, 0u);
+            group.make<Box>();
+        }
+    }
+
+    static SmartComponent& at(unsigned id) {
+        return dynamic_cast<SmartComponent&>(*sdf::SdfManager::inst()->find(id));
+    }
+
+    // Bytes of stack for one hop of the chain that `action` sends a value along.
+    static std::size_t measure(const char* what, const std::function<void()>& action) {
+        const Depth depth;
+        onStackOf(stackForChains, action);
+        std::cout << what << ": " << depth.bytesPerHop() << " bytes of stack per hop\n";
+        RecordProperty("bytes_per_hop", static_cast<int>(depth.bytesPerHop()));
+        return depth.bytesPerHop();
+    }
+};
+
+TEST_F(DepthOfChains, ADynamicValuePassesTenThousandHops) {
+    chainRelays(2, 1, false);
+    const std::size_t bytes =
+        measure("dynamic", [] { at(firstId).handleSignalValue(1, 7, 5); });
+    EXPECT_EQ(signalOf(at(lastId), 2).getValue(), SignalValue(7));
+    EXPECT_EQ(documentValue(at(lastId), 2), "int 7");
+    if (isLean) {
+        EXPECT_LE(bytes, 320u);
+    }
+}
+
+TEST_F(DepthOfChains, AStaticValuePassesTenThousandHops) {
+    chainRelays(2, 1, false);
+    measure("static", [] { at(firstId).setStaticSignalValue(1, 7); });
+    EXPECT_EQ(signalOf(at(lastId), 2).getValue(), SignalValue(7));
+    EXPECT_EQ(documentValue(at(lastId), 2), "int 7");
+}
+
+TEST_F(DepthOfChains, ATextPassesTenThousandHops) {
+    chainRelays(1, 1, true);
+    measure("property", [] { at(firstId).setPropertyValue(1, "new"); });
+    EXPECT_EQ(at(lastId).getProperty(1)->value(), "new");
+    EXPECT_EQ(elementOf(at(lastId), "property", 1)->getStringFromValue(), "new");
+}
+
+TEST_F(DepthOfChains, ADynamicValuePassesTenThousandGroupsInGroups) {
+    nestGroups();
+    measure("nested, dynamic", [] { at(firstId).handleSignalValue(1, 7, 5); });
+    EXPECT_EQ(documentValue(at(lastId), 1), "int 7");
+}
+
+TEST_F(DepthOfChains, AStaticValuePassesTenThousandGroupsInGroups) {
+    nestGroups();
+    measure("nested, static", [] { at(firstId).setStaticSignalValue(1, 7); });
+    EXPECT_EQ(documentValue(at(lastId), 1), "int 7");
+}
+
+// Recursion that nothing ends, on stacks of all sizes.
+
+class EndlessRecursion : public CellTest, public ::testing::WithParamInterface<std::size_t> {
+protected:
+    static void expectOrderlyEnd(const std::function<void()>& action) {
+        expectThrow<std::runtime_error>(
+            "the deliveries nest too deeply for the stack of this thread; look for a ring of "
+            "bindings or of inputs that nothing ends",
+            [&] { onStackOf(GetParam(), action); });
+        auto& mutex = sdf::SdfManager::inst()->mutex();
+        ASSERT_TRUE(mutex.try_lock()) << "the lock of the object table is still held";
+        mutex.unlock();
+    }
+};
+
+//   a.1 <-> b.1, both with the bare operation
+TEST_P(EndlessRecursion, RoundAnUnframedRingOfBindingsEndsInAnException) {
+    logic();
+    Box& cell = Draft("Box", cellId, "Cell").make<Box>();
+    const auto draft = [](unsigned id) {
+        return Draft("Plain", id, "C").in(cellId).property(1, "P", "String", std::string("old"));
+    };
+    Plain& a = draft(11).make<Plain>();
+    Plain& b = draft(12).make<Plain>();
+    bind(cell, {11, 1}, {12, 1});
+    const unsigned back = bind(cell, {12, 1}, {11, 1});
+
+    expectOrderlyEnd([&] { a.setPropertyValue(1, "new"); });
+    EXPECT_EQ(a.getProperty(1)->value(), "new");
+    EXPECT_EQ(b.getProperty(1)->value(), "new");
+
+    cell.deleteBinding(back);
+    onStackOf(GetParam(), [&] { a.setPropertyValue(1, "newer"); });
+    EXPECT_EQ(elementOf(b, "property", 1)->getStringFromValue(), "newer");
+}
+
+//   Cell.1 -> Cell.1
+TEST_P(EndlessRecursion, OfAnInputWiredToItselfEndsInAnException) {
+    logic();
+    Box& cell = Draft("Box", cellId, "Cell").signal(1, "In", "DigitalInput").make<Box>();
+    const unsigned ring = connect(cell, {cellId, 1}, {cellId, 1});
+
+    expectOrderlyEnd([&] { cell.handleSignalValue(1, 1, 5); });
+    EXPECT_EQ(documentValue(cell, 1), "int 1");
+
+    cell.deleteConnection(ring);
+    onStackOf(GetParam(), [&] { cell.handleSignalValue(1, 2, 6); });
+    EXPECT_EQ(documentValue(cell, 1), "int 2");
+}
+
+std::string nameOfStack(const ::testing::TestParamInfo<std::size_t>& size) {
+    return std::to_string(size.param / kibi) + "KiB";
+}
+
+INSTANTIATE_TEST_SUITE_P(Stacks, EndlessRecursion,
+                         ::testing::Values(256 * kibi, 1 * mebi, 8 * mebi), nameOfStack);
+
+}  // namespace
+}  // namespace trel::test
