@@ -12,7 +12,7 @@
 #include "smartcomp/Manager.h"
 #include "smartcomp/TypeLibrary.h"
 #include "tests/components/Bench.h"
-#include "tests/smartcomp/Reach.h"
+#include "tests/support/Reach.h"
 
 namespace trel::test {
 

@@ -12,7 +12,7 @@
 #include "platform/sdf/Document.h"
 #include "tests/platform/Files.h"
 #include "tests/platform/WriteLog.h"
-#include "tests/smartcomp/CommaNumbers.h"
+#include "tests/support/CommaNumbers.h"
 
 namespace {
 

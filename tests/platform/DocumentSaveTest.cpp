@@ -9,7 +9,7 @@
 
 #include "platform/sdf/Document.h"
 #include "tests/platform/Files.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/Expect.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/platform/WriteLog.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/Expect.h"
 
 namespace {
 

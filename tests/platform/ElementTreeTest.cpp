@@ -7,7 +7,7 @@
 
 #include "platform/sdf/Element.h"
 #include "tests/platform/LeastTime.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/Expect.h"
 
 namespace {
 

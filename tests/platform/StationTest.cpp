@@ -10,7 +10,7 @@
 #include "platform/station/ControllerInterface.h"
 #include "tests/platform/Files.h"
 #include "tests/platform/WriteLog.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/Expect.h"
 
 namespace {
 

@@ -13,8 +13,8 @@
 
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
-#include "tests/smartcomp/CommaNumbers.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/CommaNumbers.h"
+#include "tests/support/Expect.h"
 
 namespace {
 

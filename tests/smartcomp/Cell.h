@@ -17,9 +17,9 @@
 #include "smartcomp/StationLogic.h"
 #include "tests/smartcomp/Draft.h"
 #include "tests/smartcomp/EventLog.h"
-#include "tests/smartcomp/Expect.h"
+#include "tests/support/Expect.h"
 #include "tests/smartcomp/Leaks.h"
-#include "tests/smartcomp/Reach.h"
+#include "tests/support/Reach.h"
 #include "tests/smartcomp/Types.h"
 
 namespace trel::test {

@@ -5,7 +5,7 @@
 
 #include "platform/sdf/ValueText.h"
 #include "tests/smartcomp/Cell.h"
-#include "tests/smartcomp/CommaNumbers.h"
+#include "tests/support/CommaNumbers.h"
 
 namespace trel::test {
 

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "tests/smartcomp/Cell.h"
-#include "tests/smartcomp/CommaNumbers.h"
+#include "tests/support/CommaNumbers.h"
 
 namespace trel::test {
 

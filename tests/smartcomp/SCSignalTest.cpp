@@ -9,7 +9,7 @@
 #include <variant>
 
 #include "tests/smartcomp/Cell.h"
-#include "tests/smartcomp/CommaNumbers.h"
+#include "tests/support/CommaNumbers.h"
 
 namespace trel::test {
 

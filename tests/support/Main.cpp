@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/smartcomp/CommaNumbers.h"
+#include "tests/support/CommaNumbers.h"
 
 /// Read by the leak checker: the leaks that are promised (Leaks.h), and nothing
 /// else.
