@@ -49,6 +49,7 @@ public:
     }
 
     bool checkPropertyObjectType(unsigned, sdf::SdfObject*) const override {
+        LiveEdits::called();
         return acceptsObjects_;
     }
 

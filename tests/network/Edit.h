@@ -10,8 +10,9 @@ namespace network {
 using Value = std::variant<int, double>;
 
 /// Where that code is called: by a plain component's reaction to a dynamic
-/// input, in a framed component's setting of a text, by a listener's notice.
-enum class Place { Reaction, Override, Listener, Count };
+/// input, in a framed component's setting of a text, by the question whether an
+/// object suits a property, by a listener's notice.
+enum class Place { Reaction, Override, Question, Listener, Count };
 
 /// The walk on which that happens, the innermost one; none when a setting has
 /// not begun to send.
@@ -23,6 +24,24 @@ enum class WalkKind {
     DynamicIn,
     BindingOut,
     BindingIn,
+    Count
+};
+
+/// What an edit does to the walks under way.
+enum class EditRule {
+    DeletedGetsNothing,
+    ModifiedBeginsElsewhere,
+    ModifiedBeginsHere,
+    GoneDestinationIsPassedOver,
+    PulseLosesItsDestination,
+    PulseLosesItsSource,
+    SourceEndsWalk,
+    GroupEndsWalk,
+    NothingSentFromGoneSource,
+    NothingSentIntoGoneGroup,
+    NothingSentInwards,
+    RefusedAndGone,
+    AcceptedAndGone,
     Count
 };
 

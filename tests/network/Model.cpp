@@ -142,20 +142,35 @@ void Model::along(WalkKind kind, Node& group, unsigned component, unsigned membe
                   const Deliver& deliver) {
     const bool texts = kind == WalkKind::BindingOut || kind == WalkKind::BindingIn;
     const std::size_t began = clock_;
-    std::vector<std::pair<unsigned, unsigned long>> stood;  // ids and serials
+    struct Stood {
+        unsigned id;
+        unsigned long serial;
+        bool began;  // where the walk does
+    };
+    std::vector<Stood> all;
+    const auto add = [&](unsigned id, const Connection& connection) {
+        all.push_back({id, connection.serial,
+                       connection.srcComponent == component && connection.src == member});
+    };
     if (texts) {
         for (const auto& [id, connection] : group.connections)
-            if (connection.index < 0) stood.emplace_back(id, connection.serial);
+            if (connection.index < 0) add(id, connection);
     } else {
-        for (const unsigned id : group.order)
-            stood.emplace_back(id, group.connections.at(id).serial);
+        for (const unsigned id : group.order) add(id, group.connections.at(id));
     }
-    for (const auto& [id, serial] : stood) {
-        if (group.removed || lostMember(kind, component, member, began)) return;
-        const auto now = group.connections.find(id);
-        if (now == group.connections.end() || now->second.serial != serial) continue;
+    for (const Stood& stood : all) {
+        if (lostMember(kind, component, member, began)) return meet(EditRule::SourceEndsWalk);
+        if (group.removed) return meet(EditRule::GroupEndsWalk);
+        const auto now = group.connections.find(stood.id);
+        if (now == group.connections.end() || now->second.serial != stood.serial) {
+            if (stood.began) meet(EditRule::DeletedGetsNothing);
+            continue;
+        }
         const Connection serving = now->second;
-        if (serving.srcComponent != component || serving.src != member) continue;
+        const bool begins = serving.srcComponent == component && serving.src == member;
+        if (begins != stood.began)
+            meet(begins ? EditRule::ModifiedBeginsHere : EditRule::ModifiedBeginsElsewhere);
+        if (!begins) continue;
         const Walking walking(*this, {kind, &group, component, member, serving});
         deliver(serving, began);
     }
@@ -168,18 +183,28 @@ void Model::pulseAlong(WalkKind kind, Node& group, const Node& source, const Sig
         const auto isThere = [&](unsigned component, unsigned member) {
             return !lostMember(kind, component, member, began);
         };
-        if (isThere(serving.dstComponent, serving.dst)) deliver(serving, value);
-        if (signal.autoReset && isThere(source.id, id) &&
-            isThere(serving.dstComponent, serving.dst))
-            deliver(serving, 0);
+        if (!isThere(serving.dstComponent, serving.dst))
+            return meet(EditRule::GoneDestinationIsPassedOver);
+        deliver(serving, value);
+        if (!signal.autoReset) return;
+        if (!isThere(source.id, id)) return meet(EditRule::PulseLosesItsSource);
+        if (!isThere(serving.dstComponent, serving.dst))
+            return meet(EditRule::PulseLosesItsDestination);
+        deliver(serving, 0);
     });
 }
 
 // A setting that has told of itself sends nothing when its signal, its component
 // or its group is gone by then.
 bool Model::isCutOff(WalkKind kind, const Node& node, unsigned member,
-                     std::size_t began) const {
-    return lostMember(kind, node.id, member, began) || lostComponent(node.parent, began);
+                     std::size_t began) {
+    if (lostMember(kind, node.id, member, began)) {
+        meet(EditRule::NothingSentFromGoneSource);
+        return true;
+    }
+    if (!lostComponent(node.parent, began)) return false;
+    meet(EditRule::NothingSentIntoGoneGroup);
+    return true;
 }
 
 // Static values.
@@ -348,11 +373,16 @@ void Model::baseSetText(Node& node, unsigned id, const std::string& text) {
 
     if (node.kind == Kind::Logic) return reach(Rule::LogicSendsNothing);
     const auto offer = [&](WalkKind kind, const Connection& binding, std::size_t walkBegan) {
-        if (lostMember(kind, binding.dstComponent, binding.dst, walkBegan)) return;
+        const auto isGone = [&] {
+            return lostMember(kind, binding.dstComponent, binding.dst, walkBegan);
+        };
+        if (isGone()) return meet(EditRule::GoneDestinationIsPassedOver);
         const bool outwards = kind == WalkKind::BindingOut;
         reach(outwards ? Rule::BindingOutwards : Rule::BindingInwards);
         component(binding.dstComponent);
         if (outwards && refuses(node, id, binding, text)) return;
+        if (isGone()) return meet(EditRule::AcceptedAndGone);
+        if (lostMember(kind, node.id, id, walkBegan)) return;
         setText(binding.dstComponent, binding.dst, text);
     };
     const auto offerAlong = [&](WalkKind kind, Node& owner) {
@@ -361,8 +391,10 @@ void Model::baseSetText(Node& node, unsigned id, const std::string& text) {
         });
     };
     offerAlong(WalkKind::BindingOut, group(node.parent));
-    if (node.kind == Kind::UserGroup && !lostMember(WalkKind::BindingIn, node.id, id, began))
-        offerAlong(WalkKind::BindingIn, node);
+    if (node.kind != Kind::UserGroup) return;
+    if (lostMember(WalkKind::BindingIn, node.id, id, began))
+        return meet(EditRule::NothingSentInwards);
+    offerAlong(WalkKind::BindingIn, node);
 }
 
 bool Model::refuses(Node& node, unsigned id, const Connection& binding, const std::string& text) {
@@ -380,8 +412,15 @@ bool Model::refuses(Node& node, unsigned id, const Connection& binding, const st
     }
     if (!nodes.contains(static_cast<unsigned>(named))) fail(Rule::UnknownObject, unknownKey);
     Node& destination = component(binding.dstComponent);
-    if (destination.isAggregation() || destination.acceptsObjects) return false;
+    if (destination.isAggregation()) return false;
+    const std::size_t asked = clock_;
+    call(Place::Question, destination);
+    if (destination.acceptsObjects) return false;
     reach(Rule::ObjectRefused);
+    if (lostMember(WalkKind::BindingOut, destination.id, binding.dst, asked)) {
+        meet(EditRule::RefusedAndGone);
+        return true;
+    }
     log.push_back("event 10007 " + destination.name + " " +
                   property(destination, binding.dst).name + " " + text);
     return true;

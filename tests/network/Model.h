@@ -144,6 +144,7 @@ public:
     std::map<unsigned, Node> nodes;
     std::vector<std::string> log;
     std::array<std::size_t, static_cast<std::size_t>(Rule::Count)> reached{};
+    std::array<std::size_t, static_cast<std::size_t>(EditRule::Count)> met{};
 
     void setStatic(unsigned component, unsigned signal, Value value);
     void handleSignal(unsigned component, unsigned signal, int value);
@@ -191,12 +192,13 @@ private:
     bool refuses(Node& node, unsigned id, const Connection& binding, const std::string& text);
     void set(const Edit& edit);
     void step();
+    void meet(EditRule rule) { ++met[static_cast<std::size_t>(rule)]; }
     void reach(Rule rule) { ++reached[static_cast<std::size_t>(rule)]; }
     [[noreturn]] void fail(Rule rule, const std::string& what);
 
     void call(Place place, Node& node);
     bool lostComponent(unsigned component, std::size_t since) const;
-    bool isCutOff(WalkKind kind, const Node& node, unsigned member, std::size_t began) const;
+    bool isCutOff(WalkKind kind, const Node& node, unsigned member, std::size_t began);
     bool lostMember(WalkKind kind, unsigned component, unsigned member, std::size_t since) const;
     void forgetTheGone();
 

@@ -46,7 +46,7 @@ const char* nameOf(EditKind kind) {
 }
 
 const char* nameOf(Place place) {
-    static constexpr std::array names = {"reaction", "override", "listener"};
+    static constexpr std::array names = {"reaction", "override", "question", "listener"};
     return names[static_cast<std::size_t>(place)];
 }
 
@@ -79,15 +79,16 @@ void Script::begin() {
 
 void Script::called(Model& model, Place place, Node& node) {
     ++calls_;
-    if (planned.size() == mostEdits || depth_ == deepest || !random_.oneIn(place == Place::Override ? 2 : 3))
-        return;  // overrides are called least
+    if (planned.size() == mostEdits || depth_ == deepest) return;
+    // Components are called less than listeners.
+    if (!random_.oneIn((place == Place::Listener ? 3 : 2) * calm)) return;
     const Called at{model, node, model.walks.empty() ? Walk{} : model.walks.back()};
-    const auto kind = static_cast<EditKind>(random_.below(static_cast<unsigned>(EditKind::Count)));
-    const std::optional<Edit> edit = choose(at, kind);
+    EditKind kind = random_.oneIn(4) ? rarest(place, at.walk.kind) : anyKind();
+    std::optional<Edit> edit = choose(at, kind);
+    if (!edit) edit = choose(at, kind = anyKind());
     if (!edit) return;
 
-    ++reached[static_cast<std::size_t>(kind)][static_cast<std::size_t>(place)]
-             [static_cast<std::size_t>(at.walk.kind)];
+    ++count(kind, place, at.walk.kind);
     planned.push_back({calls_, *edit});
     model.log.push_back(std::string("edit: ") + nameOf(kind) + " " +
                         std::to_string(edit->component) + " " + std::to_string(edit->member));
@@ -99,6 +100,28 @@ void Script::called(Model& model, Place place, Node& node) {
     for (const auto& [id, one] : model.nodes)
         if (isComponent(model, id)) ++components;
     model.log.push_back("components: " + std::to_string(components));
+}
+
+std::size_t& Script::count(EditKind kind, Place place, WalkKind walk) {
+    return reached[static_cast<std::size_t>(kind)][static_cast<std::size_t>(place)]
+                  [static_cast<std::size_t>(walk)];
+}
+
+// Removals are half as likely as the others: they leave little to edit.
+EditKind Script::anyKind() {
+    constexpr auto kinds = static_cast<unsigned>(EditKind::Count);
+    const auto kind = static_cast<EditKind>(random_.below(kinds));
+    const bool removes = kind >= EditKind::RemoveSender && kind <= EditKind::RemoveGrandparent;
+    return removes && random_.oneIn(2) ? static_cast<EditKind>(random_.below(kinds)) : kind;
+}
+
+EditKind Script::rarest(Place place, WalkKind walk) {
+    auto rarest = EditKind{};
+    for (unsigned i = 1; i != static_cast<unsigned>(EditKind::Count); ++i)
+        if (const auto kind = static_cast<EditKind>(i);
+            count(kind, place, walk) < count(rarest, place, walk))
+            rarest = kind;
+    return rarest;
 }
 
 std::optional<Edit> Script::choose(const Called& at, EditKind kind) {

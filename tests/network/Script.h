@@ -24,6 +24,10 @@ public:
 
     void called(Model& model, Place place, Node& node) override;
 
+    /// How much rarer than usual edits are. What the library keeps to find the
+    /// connections of a value lives from one edit to the next.
+    unsigned calm = 1;
+
     /// From here on calls are counted anew.
     void begin();
 
@@ -44,6 +48,9 @@ public:
 private:
     struct Called;
 
+    std::size_t& count(EditKind kind, Place place, WalkKind walk);
+    EditKind anyKind();
+    EditKind rarest(Place place, WalkKind walk);
     std::optional<Edit> choose(const Called& at, EditKind kind);
     std::optional<Edit> editConnection(const Called& at, EditKind kind);
     std::optional<Edit> editMember(const Called& at, EditKind kind);

@@ -52,6 +52,7 @@ private:
     std::string tidy();
     bool leadsSomewhere(const Connection& connection) const;
     std::string grow();
+    Edit wire(const Node& group, const Node& child, bool binding);
     std::vector<Edit> everyDeletion();
     std::string drive();
     std::string edit();

@@ -65,9 +65,9 @@ const Node& TwinStation::anyComponent() {
 std::string TwinStation::act() {
     if (!script_) return random_.oneIn(6) ? edit() : drive();
     std::string difference = tidy();
-    if (difference.empty() && (model_.nodes.size() < 14 || random_.oneIn(12)))
+    if (difference.empty() && (model_.nodes.size() < 14 || random_.oneIn(12 * script_->calm)))
         difference = grow();
-    if (difference.empty()) difference = random_.oneIn(6) ? edit() : drive();
+    if (difference.empty()) difference = random_.oneIn(6 * script_->calm) ? edit() : drive();
     return difference;
 }
 
@@ -101,6 +101,34 @@ bool TwinStation::leadsSomewhere(const Connection& connection) const {
                                 : node->second.signals.contains(connection.dst);
 }
 
+// A new connection or binding of a group that has a new child. Half of them begin
+// where another does: a value shall have many ways to go.
+Edit TwinStation::wire(const Node& group, const Node& child, bool binding) {
+    Edit edit{.kind = binding ? EditKind::AddBinding : EditKind::AddConnection,
+              .component = group.id, .member = 1};
+    edit.ends = Script::randomEnds(random_, model_, group);
+    if (random_.oneIn(2)) edit.ends.srcComponent = random_.oneIn(2) ? group.id : child.id;
+    if (!random_.oneIn(3)) edit.ends.dstComponent = child.id;
+    std::vector<unsigned> others;
+    for (const auto& [id, connection] : group.connections) {
+        edit.member = std::max(edit.member, id + 1);
+        if ((connection.index < 0) == binding) others.push_back(id);
+    }
+    std::ranges::sort(others);
+    if (!others.empty() && random_.oneIn(2)) {
+        const Connection& other = group.connections.at(random_.from(others));
+        edit.ends.srcComponent = other.srcComponent;
+        edit.ends.src = other.src;
+    }
+    // Few texts find their way into a user group otherwise.
+    if (binding && group.kind == Kind::UserGroup && !random_.oneIn(4))
+        edit.ends.srcComponent = group.id;
+    edit.ends.index =
+        binding ? -1
+                : static_cast<int>(random_.below(static_cast<unsigned>(group.order.size()) + 1));
+    return edit;
+}
+
 // One more component, wired into its group.
 std::string TwinStation::grow() {
     std::vector<unsigned> groups;
@@ -112,19 +140,8 @@ std::string TwinStation::grow() {
     parent.children.push_back(node.id);
     make(node);
     live<Aggregation>(parent.id).addChildComponent(node.id, std::nullopt);
-    for (const EditKind kind : {EditKind::AddConnection, EditKind::AddConnection,
-                                EditKind::AddConnection, EditKind::AddBinding,
-                                EditKind::AddBinding}) {
-        Edit edit{.kind = kind, .component = parent.id, .member = 1};
-        for (const auto& [id, connection] : parent.connections)
-            edit.member = std::max(edit.member, id + 1);
-        edit.ends = Script::randomEnds(random_, model_, parent);
-        if (random_.oneIn(2)) edit.ends.srcComponent = random_.oneIn(2) ? parent.id : node.id;
-        if (random_.oneIn(2)) edit.ends.dstComponent = node.id;
-        // Few texts find their way into a user group otherwise.
-        if (kind == EditKind::AddBinding && parent.kind == Kind::UserGroup && !random_.oneIn(4))
-            edit.ends = {parent.id, edit.ends.src, node.id, edit.ends.dst};
-        edit.ends.index = kind == EditKind::AddBinding ? -1 : 0;
+    for (unsigned i = 0; i != 7; ++i) {
+        const Edit edit = wire(parent, node, i < 3);
         model_.apply(edit);
         LiveEdits::apply(edit);
     }
