@@ -335,6 +335,7 @@ void Element::Unsubscribe(ValueObserver& observer) { observers().remove(observer
 ElementMirror::ElementMirror(std::shared_ptr<Element> element) : element_(std::move(element)) {
     if (!element_) throw std::invalid_argument("a document object needs an element");
     ++element_->mirrors_;
+    element_->wasMirrored_ = true;
 }
 
 ElementMirror::ElementMirror(const ElementMirror& other) : element_(other.element_) {

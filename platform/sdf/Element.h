@@ -178,6 +178,9 @@ public:
     /// Whether a live document object mirrors this element.
     bool isMirrored() const { return mirrors_ > 0; }
 
+    /// Whether one mirrored it before, and none does now.
+    bool isLeftBehind() const { return wasMirrored_ && mirrors_ == 0; }
+
 private:
     friend class ElementMirror;
     class TagIndex;
@@ -205,6 +208,7 @@ private:
     unsigned childCount_ = 0;
     unsigned id_ = 0;
     unsigned mirrors_ = 0;
+    bool wasMirrored_ = false;
     Place place_;
     Kind kind_;
 };

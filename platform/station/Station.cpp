@@ -87,9 +87,10 @@ sdf::Document emptyStation() {
 }
 
 // A deleted connection leaves its element behind. In an element that nobody
-// mirrors, connections wait to be loaded.
+// mirrors, connections wait to be loaded; one that never was mirrored is not
+// ours to drop.
 bool isLeftover(const Element& e) {
-    if (e.tag() != "connection" || e.isMirrored()) return false;
+    if (e.tag() != "connection" || !e.isLeftBehind()) return false;
     const auto owner = e.parent();
     return owner && owner->tag() == componentTag && owner->isMirrored();
 }

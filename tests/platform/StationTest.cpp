@@ -216,6 +216,12 @@ TEST_F(LeftoverConnection, OfALiveAggregationIsLeftOut) {
     EXPECT_EQ(bytesOf(folder / "cell.xml"), expected);
 }
 
+TEST_F(LeftoverConnection, ThatNobodyEverMirroredStays) {
+    const Live live(cell(), sdf::ObjectType::UserComponent);
+    cell()->append("connection")->setId(7);
+    EXPECT_NE(station().text().find("<connection id=\"7\" />"), std::string::npos);
+}
+
 TEST_F(LeftoverConnection, OfAnUnknownLiveElementStays) {
     const Live owner(GetStationElem()->get("other"), sdf::ObjectType::None);
     EXPECT_EQ(station().text(), text_);
