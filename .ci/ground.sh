@@ -18,7 +18,7 @@ need() {
 
 need_to_build() {
   need g++ cmake ninja-build qt6-base-dev libeigen3-dev libpugixml-dev libcli11-dev libfmt-dev \
-       libyaml-cpp-dev nlohmann-json3-dev
+       libyaml-cpp-dev
 }
 
 need_to_test() {
