@@ -135,9 +135,11 @@ void SmartComponent::deleteSignal(unsigned id) {
 void SmartComponent::makeRoom() {
     if (held_.holds == 0) return;
     if (!held_.remains) held_.remains = std::make_unique<Remains>();
-    auto& [component, members, signals] = *held_.remains;
-    members.reserve(members.size() + 1);
-    signals.reserve(signals.size() + 1);
+    const auto roomForOne = [](auto& remains) {
+        if (remains.size() == remains.capacity()) remains.reserve(2 * remains.size() + 4);
+    };
+    roomForOne(held_.remains->members);
+    roomForOne(held_.remains->signals);
 }
 
 void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
