@@ -3,36 +3,20 @@
 #include <stdexcept>
 #include <variant>
 
-#include "tests/smartcomp/Cell.h"
+#include "tests/smartcomp/SignalCell.h"
 
 namespace trel::test {
 
 namespace {
 
 // Values set while the simulation runs, among the top-level components.
-class DynamicSignalTest : public CellTest {
+class DynamicSignalTest : public SignalCell {
 protected:
-    void SetUp() override {
-        CellTest::SetUp();
-        logic();
-    }
-
-    // A component with an input 1 and an output 2.
-    static Plain& make(unsigned id, const std::string& name, unsigned parent = logicId) {
-        return Draft("Plain", id, name)
-            .in(parent)
-            .signal(1, "in", "DigitalInput")
-            .signal(2, "out", "DigitalOutput")
-            .make<Plain>();
-    }
     static Plain& pulsing(unsigned id, const std::string& name) {
         return Draft("Plain", id, name)
             .signal(1, "in", "DigitalInput")
             .autoReset(2, "out", "DigitalOutput")
             .make<Plain>();
-    }
-    static SignalValue valueOf(const SmartComponent& component, unsigned id) {
-        return component.getSignal(id)->getValue();
     }
     static Lines inputs(const std::string& name) { return log().startingWith(name + ".input"); }
 };

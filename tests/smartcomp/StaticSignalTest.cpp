@@ -3,34 +3,18 @@
 #include <stdexcept>
 #include <variant>
 
-#include "tests/smartcomp/Cell.h"
+#include "tests/smartcomp/SignalCell.h"
 
 namespace trel::test {
 
 namespace {
 
 // Values set while the station is edited, among the top-level components.
-class StaticSignalTest : public CellTest {
+class StaticSignalTest : public SignalCell {
 protected:
-    void SetUp() override {
-        CellTest::SetUp();
-        logic();
-    }
-
-    // A component with an input 1 and an output 2.
-    static Plain& make(unsigned id, const std::string& name, unsigned parent = logicId) {
-        return Draft("Plain", id, name)
-            .in(parent)
-            .signal(1, "in", "DigitalInput")
-            .signal(2, "out", "DigitalOutput")
-            .make<Plain>();
-    }
     static Plain& pulsing(unsigned id, const std::string& name,
                           const std::string& type = "DigitalOutput") {
         return Draft("Plain", id, name).autoReset(2, "out", type).make<Plain>();
-    }
-    static SignalValue valueOf(const SmartComponent& component, unsigned id) {
-        return component.getSignal(id)->getValue();
     }
 };
 
