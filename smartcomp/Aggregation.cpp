@@ -186,7 +186,7 @@ void Aggregation::loadConnections() {
 Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
     const unsigned id = connection->id();
     beforeEdit();
-    order_.reserve(order_.size() + 1);
+    if (order_.size() == order_.capacity()) order_.reserve(2 * order_.size() + 4);
     Connection*& entry = connections_[id];
     // One that had the id is lost, and its place in the order is closed.
     if (entry) {
@@ -195,6 +195,7 @@ Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
     }
     connection->owner_ = this;
     entry = connection.release();
+    if (largestConnectionId_) largestConnectionId_ = std::max(*largestConnectionId_, id);
     if (entry->isBinding()) return entry;
 
     const std::size_t place = std::min<std::size_t>(entry->getIndex(), order_.size());
@@ -219,6 +220,7 @@ void Aggregation::deleteConnection(unsigned id) {
     beforeEdit();
     makeRoom();
     connections_.erase(id);
+    if (largestConnectionId_ == id) largestConnectionId_.reset();
     connection->gone_ = true;
     std::unique_ptr<Connection> deleted(connection);
     if (!connection->isBinding()) closeGap(placeOf(*connection));
@@ -299,7 +301,10 @@ unsigned Aggregation::getNextPropertyId() const { return largestId(getProperties
 
 unsigned Aggregation::getNextSignalId() const { return largestId(getSignals(), 0) + 1; }
 
-unsigned Aggregation::getNextSgConnId() const { return largestId(connections_, 0) + 1; }
+unsigned Aggregation::getNextSgConnId() const {
+    if (!largestConnectionId_) largestConnectionId_ = largestId(connections_, 0);
+    return *largestConnectionId_ + 1;
+}
 
 void Aggregation::setRoleObject(unsigned id) {
     roleObject_ = id;

@@ -169,6 +169,7 @@ private:
     std::unordered_map<unsigned, std::pair<int, int>> childPositions_;
     ConnectionTable connections_;
     std::vector<unsigned> order_;  // signal connections, in delivery order
+    mutable std::optional<unsigned> largestConnectionId_;  // empty until it is asked for
     Wired wired_;
 };
 

@@ -295,6 +295,10 @@ TEST_F(AggregationTest, TheNextConnectionIdIsOneMoreThanTheLargest) {
     Connection::Build(&box, 3, 10, 1, 11, 1, 0);
     EXPECT_EQ(box.getNextSgConnId(), 8u);
     EXPECT_EQ(box.getNextSgConnId(), 8u) << "nothing is reserved";
+    box.deleteConnection(7);
+    EXPECT_EQ(box.getNextSgConnId(), 4u);
+    Connection::Build(&box, 20, 10, 1, 11, 1, -1);
+    EXPECT_EQ(box.getNextSgConnId(), 21u);
 }
 
 TEST_F(AggregationTest, TheNextPropertyIdCountsFrom10) {
