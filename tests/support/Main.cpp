@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <iostream>
 #include <locale>
@@ -28,6 +29,8 @@ bool setLocale() {
     try {
         std::locale::global(name == std::string("comma") ? trel::test::commaLocale()
                                                          : std::locale(name));
+        // The system's error texts stay as the tests know them.
+        std::setlocale(LC_MESSAGES, "C");
         return true;
     } catch (const std::runtime_error&) {
         std::cerr << "TREL_TEST_LOCALE: there is no locale \"" << name << "\"\n";
