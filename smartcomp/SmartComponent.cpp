@@ -87,7 +87,7 @@ std::any SmartComponent::getPropertyValueImpl(unsigned) {
 
 // Look-ups and bookkeeping.
 
-Property* SmartComponent::getProperty(unsigned id) const { return at(properties_, id); }
+[[gnu::noinline]] Property* SmartComponent::getProperty(unsigned id) const { return at(properties_, id); }
 
 [[gnu::noinline]] SignalInterface* SmartComponent::getSignal(unsigned id) const { return at(signals_, id); }
 
@@ -181,6 +181,10 @@ bool SmartComponent::isTopLevel() const {
     return getObjParentId() == StationLogic::inst()->id();
 }
 
+[[gnu::noinline]] Aggregation& SmartComponent::parentAggregation() const {
+    return objectAs<Aggregation>(getObjParentId());
+}
+
 bool SmartComponent::objectIsInvalid(unsigned id) { return !findObject(id); }
 
 std::string SmartComponent::GetTypeName(unsigned id) {
@@ -205,7 +209,7 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
     // The caller's text may be the property's own, which changes on the way.
     const std::string text = value;
     getProperty(propertyId)->setValue(text);
-    settingPropertyValues_.try_emplace(propertyId, text);
+    markProperty(propertyId, text);
     notifyPropertyValueChanged(propertyId);
     if (hold.goneProperty(id(), propertyId) || hold.goneComponent(getObjParentId())) return;
     propagateProperty(propertyId, text);
@@ -224,7 +228,7 @@ void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.e
 void SmartComponent::propagateProperty(unsigned id, const std::string& value) {
     if (isStationLogic()) return;
     const Hold hold(*this);
-    offerAlong(objectAs<Aggregation>(getObjParentId()), id, value, true);
+    offerAlong(parentAggregation(), id, value, true);
     // Inwards no object type is asked for.
     if (isUser() && !hold.goneProperty(this->id(), id))
         offerAlong(as<Aggregation>(this), id, value, false);
@@ -239,7 +243,7 @@ void SmartComponent::offerAlong(Aggregation& owner, unsigned id, const std::stri
         const unsigned component = binding->getDstComponentId();
         const unsigned property = binding->getDstPropertyId();
         if (!walk.reaches(component, property)) continue;
-        auto& destination = objectAs<SmartComponent>(component);
+        SmartComponent& destination = componentAt(component);
         const Hold hold(destination);
         if (asks && getProperty(id)->isObjectId() && refusesObject(destination, property, value))
             continue;
@@ -247,9 +251,13 @@ void SmartComponent::offerAlong(Aggregation& owner, unsigned id, const std::stri
     }
 }
 
+[[gnu::noinline]] SmartComponent& SmartComponent::componentAt(unsigned id) {
+    return objectAs<SmartComponent>(id);
+}
+
 // Whether the object that the text names does not suit the destination, which
 // is then reported.
-bool SmartComponent::refusesObject(SmartComponent& destination, unsigned destinationId,
+[[gnu::noinline]] bool SmartComponent::refusesObject(SmartComponent& destination, unsigned destinationId,
                                    const std::string& value) const {
     const unsigned named = text::toUnsigned(value);
     // What names nothing is checked as the station.
@@ -314,7 +322,7 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
 
 void SmartComponent::propagateStaticOutputSignal(unsigned id, SignalValue& value) {
     if (getObjParentId() == 0) return;
-    deliverAlong(objectAs<Aggregation>(getObjParentId()), this->id(), signalAt(id), value,
+    deliverAlong(parentAggregation(), this->id(), signalAt(id), value,
                  setDstSignalValue);
 }
 
@@ -357,7 +365,7 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
 
 void SmartComponent::propagateDynamicOutputSignal(unsigned id, int value, long long time) {
     if (isStationLogic()) return;
-    deliverAlong(objectAs<Aggregation>(getObjParentId()), this->id(), signalAt(id), value,
+    deliverAlong(parentAggregation(), this->id(), signalAt(id), value,
                  [time](unsigned component, unsigned signal, int delivered) {
                      handleDstSignalValue(component, signal, delivered, time);
                  });
@@ -385,6 +393,10 @@ void SmartComponent::handleDstSignalValue(unsigned dstComponentId, unsigned dstS
 // An entry that is there keeps its value.
 [[gnu::noinline]] void SmartComponent::markSignal(unsigned id, const SignalValue& value) {
     settingSignalValues_.try_emplace(id, value);
+}
+
+[[gnu::noinline]] void SmartComponent::markProperty(unsigned id, const std::string& value) {
+    settingPropertyValues_.try_emplace(id, value);
 }
 
 [[gnu::noinline]] void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.erase(id); }

@@ -224,6 +224,9 @@ private:
                        const std::string& value) const;
     bool isCutOff(const Hold& hold, unsigned signalId) const;
     void markSignal(unsigned id, const SignalValue& value);
+    void markProperty(unsigned id, const std::string& value);
+    Aggregation& parentAggregation() const;
+    static SmartComponent& componentAt(unsigned id);
     void propagateStaticOutputSignal(unsigned id, SignalValue& value);
     void propagateDynamicOutputSignal(unsigned id, int value, long long time);
     static void handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
