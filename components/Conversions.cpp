@@ -38,7 +38,7 @@ void GroupToDigital::furnish(Furnisher& furnisher) {
     addBits(furnisher, "DigitalOutput");
 }
 
-void GroupToDigital::refresh(long long time) { spread(static_cast<int>(number("In")), time); }
+void GroupToDigital::refresh(long long time) { spread(nearestInt(number("In")), time); }
 
 void GroupToDigital::inputArrived(const Arrival& arrival) {
     if (arrival.signal == "In") spread(arrival.value, arrival.time);

@@ -1,6 +1,5 @@
 #include "components/Gripper.h"
 
-#include <cmath>
 #include <utility>
 
 #include "components/Part.h"
@@ -40,7 +39,7 @@ bool Gripper::checkPropertyObjectType(unsigned propertyId, sdf::SdfObject* objec
 
 void Gripper::refresh(long long time) {
     const Part* const part = Part::find(settings().held);
-    send("Load", part ? static_cast<int>(std::lround(part->weight())) : 0, time);
+    send("Load", part ? nearestInt(part->weight()) : 0, time);
     send("Holding", part ? 1 : 0, time);
 }
 

@@ -1,6 +1,5 @@
 #include "components/LineSensor.h"
 
-#include <cmath>
 #include <utility>
 
 #include "components/Part.h"
@@ -62,7 +61,7 @@ void LineSensor::update(long long time) {
     const Part* const part = Part::find(found);
     const double distance =
         part ? beside(part->place(), settings().position, beamEnd()).along : 0;
-    send("Distance", static_cast<int>(std::lround(distance)), time);
+    send("Distance", nearestInt(distance), time);
     send("Detected", part ? 1 : 0, time);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -42,13 +44,21 @@ struct NoSettings {
     bool read(unsigned, const std::string&) { return true; }
 };
 
+/// The nearest whole number; beyond an int the largest or smallest one, and 0 for
+/// what is no number.
+inline int nearestInt(double number) {
+    constexpr double most = std::numeric_limits<int>::max();
+    constexpr double least = std::numeric_limits<int>::min();
+    return std::isnan(number) ? 0 : static_cast<int>(std::clamp(std::round(number), least, most));
+}
+
 /// Has every analog and group output hold an int: after loading they hold a
 /// double, and the run-time path sets only ints.
 template <typename Component>
 void holdWholeNumbers(const Component& component) {
     for (const auto& [id, signal] : component.getSignals()) {
         if (!signal->isOutput() || std::holds_alternative<int>(signal->getValue())) continue;
-        signal->setValue(SignalValue(static_cast<int>(std::lround(numberOf(signal->getValue())))));
+        signal->setValue(SignalValue(nearestInt(numberOf(signal->getValue()))));
     }
 }
 

@@ -1,4 +1,7 @@
+#include <cmath>
+#include <limits>
 #include <stdexcept>
+#include <utility>
 #include <variant>
 
 #include "tests/components/Bench.h"
@@ -81,6 +84,19 @@ TEST_F(Sharing, OutputsOfEveryTypeHoldWholeNumbersOnceInitialised) {
                 << type << "." << output->getName();
         }
         EXPECT_EQ(get(component, "More"), 3);
+    }
+}
+
+TEST_F(Sharing, AnOutputBeyondAnIntHoldsTheNearestOneOnceInitialised) {
+    constexpr int most = std::numeric_limits<int>::max();
+    constexpr int least = std::numeric_limits<int>::min();
+    SmartComponent& group = make("Group", "Group");
+    addSignal(group, 50, "Out", "AnalogOutput");
+    for (const auto& [read, held] : {std::pair{1e300, most}, std::pair{-1e300, least},
+                                     std::pair{std::nan(""), 0}}) {
+        signal(group, "Out").setValue(read);
+        group.initialize();
+        EXPECT_EQ(get(group, "Out"), held);
     }
 }
 
