@@ -3,10 +3,12 @@
 #include <array>
 #include <cstdlib>
 #include <mutex>
+#include <ranges>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
+#include "smartcomp/Manager.h"
 #include "tests/smartcomp/Cell.h"
 #include "tests/smartcomp/VirtualTable.h"
 
@@ -155,6 +157,33 @@ TEST_F(StationLogicTest, EachDeletionIsToldWhenTheConnectionIsGone) {
     EXPECT_NE(elementOf(logic(), "connection", id), nullptr) << "its element stays";
 }
 
+TEST_F(StationLogicTest, AListenerMayDeleteWhatIsYetToGoWithTheController) {
+    // Deletes all other connections of the controller, and adds one, when it is
+    // told of the first.
+    struct Eager : broker::Listener {
+        void signalConnectionDeleted(unsigned connectionId, unsigned) override {
+            told.push_back(connectionId);
+            if (told.size() > 1) return;
+            for (const unsigned id : {1u, 2u, 3u})
+                if (id != connectionId) logic().deleteConnection(id);
+            connect(logic(), {20, 9}, {10, 1});
+        }
+        Ids told;
+    } listener;
+    controller(20, "Robot");
+    Draft("Plain", 10, "Lamp").signal(1, "in", "DigitalInput").make<Plain>();
+    logic().addController(20);
+    for (unsigned signal = 1; signal <= 3; ++signal) connect(logic(), {20, signal}, {10, 1});
+
+    broker::SignalBroker::subscribe(listener);
+    logic().removeController(20);
+    broker::SignalBroker::unsubscribe(listener);
+
+    EXPECT_EQ(listener.told.size(), 1u);
+    EXPECT_EQ(std::ranges::distance(logic().connections()), 1) << "what was added stays";
+    EXPECT_EQ(logic().connections().begin()->second->getIndex(), 0u);
+}
+
 TEST_F(StationLogicTest, AControllerWithoutConnectionsJustGoes) {
     logic().addController(20);
     const unsigned id = connect(logic(), {10, 20}, {11, 20});
@@ -208,6 +237,35 @@ TEST_F(StationLogicTest, APlainComponentUsesNothing) {
     enter<Thing>(30, "Pallet");
     Draft("Plain", 10, "Lamp").property(1, "Part", "ObjectId", std::string("30")).make<Plain>();
     EXPECT_FALSE(logic().isObjectUsedByComponent(30));
+}
+
+TEST_F(StationLogicTest, AComponentThatIsAskedMayRemoveAllOthersAndItself) {
+    // Answers the question of its use by taking the station apart.
+    class Reckless : public Plain {
+    public:
+        using Plain::Plain;
+        bool isObjectUsed(unsigned) const override {
+            for (const unsigned other : {11u, 12u, 13u})
+                if (isInTable(other)) smartcomp::RemoveSubSmartComponent(other);
+            say("asked");
+            return false;
+        }
+    };
+    smartcomp::Manager::inst()->registerType(
+        "Reckless",
+        [](ElementPtr element) -> SmartComponent* {
+            return new Reckless(std::move(element), sdf::ObjectType{40});
+        },
+        nullptr, nullptr);
+    logic();
+    enter<Thing>(30, "Table");
+    for (const unsigned id : {11u, 12u, 13u}) Draft("Reckless", id, "R").make<Reckless>();
+    freshLog();
+
+    EXPECT_FALSE(logic().isObjectUsedByComponent(30));
+
+    EXPECT_EQ(log().startingWith("R.asked").size(), 1u) << "the others were gone by then";
+    for (const unsigned id : {11u, 12u, 13u}) EXPECT_FALSE(isInTable(id));
 }
 
 TEST_F(StationLogicTest, ABadObjectIdEscapesTheQuestionAndTheLockIsFree) {
