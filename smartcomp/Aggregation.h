@@ -118,8 +118,9 @@ public:
     void setRoleObject(unsigned id);
 
 protected:
-    /// Reads what it contains; see the page on the station file. Indices with
-    /// gaps or repeats are made dense, and written so.
+    /// Reads what it contains: pose, role object, connections, children and
+    /// their diagram positions. Indices with gaps or repeats are made dense, and
+    /// written so.
     Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType type);
 
     /// As the base operation, and then into the children connected to the input,

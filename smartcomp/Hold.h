@@ -6,10 +6,10 @@ namespace trel::smartcomp {
 
 class SmartComponent;
 
-/// Keeps a component alive through a call. While one is held, removing it, or
-/// deleting one of its signals, properties or connections, takes that out of the
-/// document and the tables at once, but destroys it only when the last hold is
-/// gone.
+/// Keeps a component alive through a call. While one is held, removing it takes
+/// it out of the document and the object table at once, and deleting one of its
+/// signals, properties or connections takes that out of its table at once; the
+/// object is destroyed only when the last hold is gone.
 ///
 /// The library holds a component wherever it calls it. Whoever calls a virtual
 /// operation of a component directly holds it too, if the component may be
