@@ -36,15 +36,19 @@ unsigned largestId(const Table& table, unsigned least) {
 
 Aggregation::Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
     : SmartComponent(element, type) {
+    keepElement(true);
     SdfNode::setPose(element->asPose("pose"));
     roleObject_ = element->touch("role_object")->asUInt("");
-    loadConnections();
+    // Ours once nothing throws any more.
+    auto connections = loadConnections();
     for (const auto& child : element->children("child")) addObjChild(child);
     for (const auto& xy : element->children("xy")) {
         const auto v = xy->asVec3("");
         // The first position of a child wins.
         childPositions_.try_emplace(cut<unsigned>(v.x), cut<int>(v.y), cut<int>(v.z));
     }
+    for (auto& connection : connections) connection.release();
+    keepElement(false);
 }
 
 Aggregation::Wired::Wired() = default;
@@ -55,7 +59,26 @@ Aggregation::Wired& Aggregation::Wired::operator=(const Wired&) {
 }
 Aggregation::Wired::~Wired() = default;
 
-Aggregation::Aggregation(const Aggregation&) = default;
+struct Aggregation::Shared {
+    std::unordered_map<unsigned, std::pair<int, int>> childPositions;
+    ConnectionTable connections;
+    std::vector<unsigned> order;
+};
+
+// A base that was copied would take the source's members along if what comes
+// behind it threw.
+Aggregation::Aggregation(const Aggregation& other)
+    : Aggregation(other, {other.childPositions_, other.connections_, other.order_}) {}
+
+Aggregation::Aggregation(const Aggregation& other, Shared&& shared)
+    : SmartComponent(other),
+      roleObject_(other.roleObject_),
+      childPositions_(std::move(shared.childPositions)),
+      connections_(std::move(shared.connections)),
+      order_(std::move(shared.order)),
+      largestConnectionId_(other.largestConnectionId_),
+      wired_(other.wired_) {}
+
 Aggregation& Aggregation::operator=(const Aggregation&) = default;
 
 Aggregation::~Aggregation() {
@@ -160,27 +183,29 @@ void Aggregation::writeXY(unsigned childId, int x, int y) {
 
 // Connections.
 
-void Aggregation::loadConnections() {
+// Gives what it entered in the tables, which own nothing yet.
+std::vector<std::unique_ptr<Connection>> Aggregation::loadConnections() {
     std::vector<std::unique_ptr<Connection>> read;
     for (const auto& child : element()->children("connection")) {
-        read.emplace_back(new Connection(child));
+        read.push_back(std::unique_ptr<Connection>(new Connection(child)));
         read.back()->owner_ = this;
         connections_[read.back()->id()] = read.back().get();
     }
+    // Of two with one id the later is loaded.
+    std::erase_if(read, [this](const auto& connection) {
+        return connections_[connection->id()] != connection.get();
+    });
     // By index, and where indices are equal in the order of the document: whatever
     // they are, the order has no gaps. An index that is its place is not written.
     std::multimap<unsigned, Connection*> places;
-    for (auto& connection : read) {
-        // Of two with one id the later is loaded; the earlier dies with `read`.
-        if (connections_[connection->id()] != connection.get()) continue;
+    for (const auto& connection : read)
         if (!connection->isBinding()) places.emplace(connection->getIndex(), connection.get());
-        connection.release();
-    }
     order_.reserve(places.size());
     for (const auto& [index, connection] : places) {
         connection->setIndex(static_cast<unsigned>(order_.size()));
         order_.push_back(connection->id());
     }
+    return read;
 }
 
 Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
@@ -199,9 +224,10 @@ Connection* Aggregation::addConnection(std::unique_ptr<Connection> connection) {
     if (entry->isBinding()) return entry;
 
     const std::size_t place = std::min<std::size_t>(entry->getIndex(), order_.size());
-    for (std::size_t p = place; p != order_.size(); ++p)
-        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p + 1));
+    // In the order first, should the document refuse an index.
     order_.insert(order_.begin() + static_cast<std::ptrdiff_t>(place), id);
+    for (std::size_t p = place + 1; p < order_.size(); ++p)
+        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p));
     return entry;
 }
 
@@ -219,12 +245,12 @@ void Aggregation::deleteConnection(unsigned id) {
     Connection* const connection = at(connections_, id);
     beforeEdit();
     makeRoom();
+    const std::size_t place = connection->isBinding() ? order_.size() : placeOf(*connection);
     connections_.erase(id);
     if (largestConnectionId_ == id) largestConnectionId_.reset();
     connection->gone_ = true;
-    std::unique_ptr<Connection> deleted(connection);
-    if (!connection->isBinding()) closeGap(placeOf(*connection));
-    discard(std::move(deleted));
+    discard(std::unique_ptr<Connection>(connection));
+    closeGap(place);
 }
 
 void Aggregation::deleteBinding(unsigned id) { deleteConnection(id); }
@@ -272,9 +298,10 @@ std::size_t Aggregation::placeOf(const Connection& connection) const {
 // Takes a place out of the order; those behind it move forward by one.
 void Aggregation::closeGap(std::size_t place) {
     if (place == order_.size()) return;
-    for (std::size_t p = place + 1; p != order_.size(); ++p)
-        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p - 1));
+    // The document may refuse an index; no place is left of what is deleted then.
     order_.erase(order_.begin() + static_cast<std::ptrdiff_t>(place));
+    for (std::size_t p = place; p != order_.size(); ++p)
+        at(connections_, order_[p])->setIndex(static_cast<unsigned>(p));
 }
 
 void Aggregation::moveSgConnOrderBackward(unsigned id) { swapWithNeighbour(id, 1); }

@@ -154,10 +154,14 @@ private:
         bool isCopy = false;
     };
 
+    // What a copy shares with its source, copied before the base is.
+    struct Shared;
+    Aggregation(const Aggregation& other, Shared&& shared);
+
     void beforeEdit();
     const Wiring* wiring(Served served);
     std::vector<const Connection*> inOrderOfService(Served served) const;
-    void loadConnections();
+    std::vector<std::unique_ptr<Connection>> loadConnections();
     Connection* addConnection(std::unique_ptr<Connection> connection);
     void closeGap(std::size_t place);
     std::size_t placeOf(const Connection& connection) const;

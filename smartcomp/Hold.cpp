@@ -23,6 +23,11 @@ bool Removals::contains(std::size_t since, What what, unsigned component,
     return false;
 }
 
+void Removals::makeRoom() {
+    if (holds_ > 0 && entries_.size() == entries_.capacity())
+        entries_.reserve(2 * entries_.size() + 4);
+}
+
 void Removals::add(What what, unsigned component, unsigned member) {
     if (holds_ > 0) entries_.push_back({what, component, member});
 }

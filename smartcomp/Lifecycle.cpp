@@ -9,14 +9,38 @@
 
 namespace trel::smartcomp {
 
+// A component that a registered function made, until it is known. Where memory
+// ends before that, it is destroyed, and its element stays where it is.
+class Newcomer {
+public:
+    explicit Newcomer(SmartComponent* component) : component_(component) {}
+    ~Newcomer() {
+        if (!component_) return;
+        component_->keepElement(true);
+        delete component_;
+    }
+    Newcomer(const Newcomer&) = delete;
+    Newcomer& operator=(const Newcomer&) = delete;
+
+    void release() { component_ = nullptr; }
+
+private:
+    SmartComponent* component_;
+};
+
 namespace {
 
 // Makes the component known: in the object table, to itself, in the list.
 SmartComponent* enter(SmartComponent* component, std::list<SmartComponent*>& all) {
     if (!component) throw std::logic_error("a registered function made no component");
-    enterObject(component);
+    Newcomer newcomer(component);
+    std::list<SmartComponent*> entry{component};
+    const bool isEntered = tryEnterObject(component);
+    newcomer.release();
+    // One that is refused belongs to nobody from here on.
+    if (!isEntered) throwTaken();
     component->readPropertyValues();
-    all.push_back(component);
+    all.splice(all.end(), entry);
     return component;
 }
 
@@ -60,7 +84,9 @@ void Load() {
 
 void RemoveSmartComponent(unsigned id) {
     auto& component = objectAs<SmartComponent>(id);
-    objectAs<Aggregation>(component.getObjParentId()).removeChildComponent(id);
+    auto& parent = objectAs<Aggregation>(component.getObjParentId());
+    component.makeRoom();  // else the parent may lose a component that lives on
+    parent.removeChildComponent(id);
     component.retire();
 }
 

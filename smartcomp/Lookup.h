@@ -59,14 +59,15 @@ T& objectAs(unsigned id) {
     return as<T>(objectAt(id));
 }
 
-/// Enters an object under its own id, the table's lock held exclusively.
-/// \throws std::logic_error "object exists" if the id is taken.
-inline void enterObject(sdf::SdfObject* object) {
+/// Enters an object under its own id, the table's lock held exclusively. Gives
+/// false if the id is taken.
+inline bool tryEnterObject(sdf::SdfObject* object) {
     auto& manager = *sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());
-    if (!manager.objects().emplace(object->id(), object).second)
-        throw std::logic_error("object exists");
+    return manager.objects().emplace(object->id(), object).second;
 }
+
+[[noreturn]] inline void throwTaken() { throw std::logic_error("object exists"); }
 
 /// Writes a typed value into the key `name` of an element.
 template <typename T>

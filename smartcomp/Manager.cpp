@@ -20,16 +20,41 @@ Manager* Manager::inst() {
     return &manager;
 }
 
+namespace {
+
+// An entry that is made now and enters its table later, where nothing throws. The
+// entry that is there is kept: the first registration wins.
+template <typename Table>
+class Entry {
+public:
+    Entry(Table& table, std::string_view name, typename Table::mapped_type function)
+        : table_(table) {
+        entry_.emplace(name, function);
+        table.reserve(table.size() + 1);
+    }
+
+    void enter() { table_.merge(entry_); }
+
+private:
+    Table& table_;
+    Table entry_;
+};
+
+}  // namespace
+
 Manager::Manager() : state_(std::make_unique<State>()) {}
 
 Manager::~Manager() = default;
 
 void Manager::registerType(std::string_view name, MakeFunction create, MakeFunction build,
                            DescFunction desc) {
-    // emplace keeps the entry that is there: the first registration wins.
-    state_->createFunction.emplace(name, create);
-    state_->buildFunction.emplace(name, build);
-    state_->descFunction.emplace(name, desc);
+    // All three or none.
+    Entry createEntry(state_->createFunction, name, create);
+    Entry buildEntry(state_->buildFunction, name, build);
+    Entry descEntry(state_->descFunction, name, desc);
+    createEntry.enter();
+    buildEntry.enter();
+    descEntry.enter();
 }
 
 void Manager::registerVisualType(std::string_view name, VisualFunction visual) {

@@ -1,5 +1,6 @@
 #include "smartcomp/Property.h"
 
+#include <any>
 #include <array>
 #include <cmath>
 #include <iomanip>
@@ -23,6 +24,7 @@ constexpr std::array<std::string_view, 10> typeNames = {
 // Three numbers with the same decimals, and the unit.
 std::string displayThree(double a, double b, double c, bool whole, const char* unit) {
     std::ostringstream stream;
+    stream.exceptions(std::ios::badbit);  // else text is cut off where memory ends
     stream << std::fixed << std::setprecision(whole ? 0 : 2);
     stream << a << ", " << b << ", " << c << unit;
     return stream.str();
@@ -55,15 +57,17 @@ Property::Property(std::shared_ptr<sdf::Element> element)
 
 Property::Property(const Property&) = default;
 Property::Property(Property&&) = default;
-Property& Property::operator=(const Property&) = default;
+// All of it or nothing.
+Property& Property::operator=(const Property& other) { return *this = Property(other); }
 Property& Property::operator=(Property&&) = default;
 Property::~Property() = default;
 
 unsigned Property::getObjectId() { return isObjectId() ? text::toUnsigned(value_) : 0; }
 
 Property* Property::setDescription(const std::string& description) {
+    std::string kept = description;
     write(element(), "description", description);
-    description_ = description;
+    description_ = std::move(kept);
     return this;
 }
 
@@ -77,22 +81,30 @@ Property* Property::setReadOnly(bool readOnly) {
 Property* Property::setType(const std::string& type) {
     const auto index = typeIndexOf(type);
     if (!index) return this;
+    std::string kept = type;
     write(element(), "type", type);
-    type_ = type;
+    type_ = std::move(kept);
     typeIndex_ = static_cast<PropertyType>(*index);
     return this;
 }
 
 Property* Property::setUnit(const std::string& unit) {
     if (unit == unit_) return this;
+    std::string kept = unit;
     write(element(), "unit", unit);
-    unit_ = unit;
+    unit_ = std::move(kept);
     return this;
 }
 
 Property* Property::setValue(const std::string& value) {
+    std::any old = element()->value();
     element()->setValueFromString(value);
-    value_ = element()->getStringFromValue();
+    try {
+        value_ = element()->getStringFromValue();
+    } catch (...) {
+        element()->setValue(std::move(old));
+        throw;
+    }
     return this;
 }
 
@@ -128,6 +140,7 @@ std::optional<unsigned> Property::typeIndexOf(std::string_view name) {
 
 std::string Property::getDoubleDisplayValue(const std::string& value) {
     std::ostringstream stream;
+    stream.exceptions(std::ios::badbit);
     stream << std::fixed << std::setprecision(2) << text::toDouble(value);
     // The blank stands also before an empty unit.
     return std::move(stream).str() + ' ' + unit_;

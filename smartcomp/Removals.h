@@ -21,6 +21,9 @@ public:
     /// `since` entries.
     bool contains(std::size_t since, What what, unsigned component, unsigned member) const;
 
+    /// So that the next `add` throws nothing.
+    void makeRoom();
+
     /// Notes a removal; `member` is 0 for a component. Nothing while no component
     /// is held.
     void add(What what, unsigned component, unsigned member);

@@ -62,7 +62,8 @@ SCSignal::SCSignal(std::shared_ptr<sdf::Element> element)
 
 SCSignal::SCSignal(const SCSignal&) = default;
 SCSignal::SCSignal(SCSignal&&) = default;
-SCSignal& SCSignal::operator=(const SCSignal&) = default;
+// All of it or nothing.
+SCSignal& SCSignal::operator=(const SCSignal& other) { return *this = SCSignal(other); }
 SCSignal& SCSignal::operator=(SCSignal&&) = default;
 SCSignal::~SCSignal() = default;
 
@@ -117,8 +118,9 @@ void SCSignal::setVisible(bool on) {
 }
 
 void SCSignal::setDescription(const std::string& text) {
+    std::string kept = text;
     write(element_, "description", text);
-    description_ = text;
+    description_ = std::move(kept);
 }
 
 }  // namespace trel::smartcomp

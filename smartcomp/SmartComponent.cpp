@@ -57,7 +57,7 @@ SmartComponent::~SmartComponent() {
     for (const auto& [id, signal] : signals_) delete signal;
     // One removed while it was held left the document then; its element may
     // stand there again, under another component.
-    if (!isRemoved()) element()->removeFromParent();
+    if (!isRemoved() && !held_.keepsElement) element()->removeFromParent();
 }
 
 // Answers of a component that does nothing.
@@ -133,6 +133,7 @@ void SmartComponent::deleteSignal(unsigned id) {
 // Removal while calls are under way.
 
 void SmartComponent::makeRoom() {
+    Removals::inst().makeRoom();
     if (held_.holds == 0) return;
     if (!held_.remains) held_.remains = std::make_unique<Remains>();
     const auto roomForOne = [](auto& remains) {

@@ -185,6 +185,10 @@ protected:
 
     SCSignal& signalAt(unsigned id) const;
 
+    /// A constructor that throws takes the element out of the document, as every
+    /// end of a component does, unless it says here that it stays.
+    void keepElement(bool keeps) { held_.keepsElement = keeps; }
+
     /// Destroys a member that was taken out of its table: now, or when the last
     /// hold is gone. `makeRoom` comes first, so that nothing throws in between.
     void makeRoom();
@@ -195,6 +199,7 @@ protected:
 
 private:
     friend class Hold;
+    friend class Newcomer;
     friend class Property;
     friend class SCSignal;
     friend void RemoveSmartComponent(unsigned);
@@ -211,6 +216,7 @@ private:
 
         unsigned holds = 0;
         bool removed = false;
+        bool keepsElement = false;  // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
     };
 

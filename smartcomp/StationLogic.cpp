@@ -31,9 +31,12 @@ StationLogic* StationLogic::inst() {
 }
 
 StationLogic::StationLogic() : Aggregation(GetStationLogicElem(), sdf::ObjectType::StationLogic) {
+    // Should this throw, the next call of inst() finds the element in its place.
+    keepElement(true);
     setName("Station Logic");
     setObjParentAsDefault();
-    enterObject(this);
+    if (!tryEnterObject(this)) throwTaken();
+    keepElement(false);
 }
 
 // The object table is left as it is: at exit nobody looks there any more.

@@ -76,6 +76,7 @@ double toDouble(const std::string& text) {
 
 void readNumbers(const std::string& text, std::span<double> numbers) {
     std::istringstream stream(text);
+    stream.exceptions(std::ios::badbit);  // else a number counts as none where memory ends
     stream.imbue(std::locale::classic());
     for (double& number : numbers) {
         double read = 0;

@@ -27,6 +27,11 @@ void Attr::set(const std::any& value) {
     value_ = value;
 }
 
+std::any Attr::exchange(std::any value) {
+    if (value.has_value()) Type(value.type());  // may throw: the old value stays
+    return std::exchange(value_, std::move(value));
+}
+
 const std::string& Attr::Type(const std::type_info& type) {
     struct Entry {
         const std::type_info* type;

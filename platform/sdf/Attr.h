@@ -28,6 +28,10 @@ public:
     /// the old one stays.
     void set(const std::any& value);
 
+    /// The same without a copy, and gives back the old value. An empty one is
+    /// taken too, and allocates as little as any other.
+    std::any exchange(std::any value);
+
     std::string_view name() const { return name_ ? *name_ : std::string_view(); }
     const std::string& type() const { return Type(value_.type()); }
     const std::any& value() const { return value_; }

@@ -3,6 +3,7 @@
 #include <any>
 #include <array>
 #include <charconv>
+#include <new>
 #include <pugixml.hpp>
 #include <stdexcept>
 #include <string>
@@ -109,6 +110,7 @@ DocumentParts Reader::parts() {
     pugi::xml_document document;
     const auto result =
         document.load_buffer(text_.data(), text_.size(), parseFlags(hasText_), pugi::encoding_utf8);
+    if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!result)
         throw TextFault(static_cast<std::size_t>(result.offset),
                         std::string(result.description()) + "; well-formed XML is expected");

@@ -35,21 +35,28 @@ struct TextHash : std::hash<std::string_view> {
 /// among themselves, in document order.
 class Element::TagIndex {
 public:
-    void add(Element& child, Element* nextAlike) {
-        Ends& ends = byTag_.try_emplace(child.tag_).first->second;
+    void makeRoomFor(const std::string& tag) { byTag_.try_emplace(tag); }
+
+    // There is room for its tag.
+    void add(Element& child, Element* nextAlike) noexcept {
+        Ends& ends = byTag_.find(child.tag_)->second;
         child.nextAlike_ = nextAlike;
         child.prevAlike_ = nextAlike ? nextAlike->prevAlike_ : ends.last;
         (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = &child;
         (nextAlike ? nextAlike->prevAlike_ : ends.last) = &child;
     }
 
-    void remove(Element& child) {
-        const auto entry = byTag_.find(child.tag_);
-        Ends& ends = entry->second;
+    // Its room stays.
+    void remove(Element& child) noexcept {
+        Ends& ends = byTag_.find(child.tag_)->second;
         (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = child.nextAlike_;
         (child.nextAlike_ ? child.nextAlike_->prevAlike_ : ends.last) = child.prevAlike_;
         child.prevAlike_ = child.nextAlike_ = nullptr;
-        if (!ends.first) byTag_.erase(entry);
+    }
+
+    void dropEmptyRoom(const std::string& tag) noexcept {
+        const auto entry = byTag_.find(tag);
+        if (entry != byTag_.end() && !entry->second.first) byTag_.erase(entry);
     }
 
     Element* first(std::string_view tag) const {
@@ -158,6 +165,7 @@ std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) c
 
 std::shared_ptr<Element> Element::append(std::string_view tag) {
     auto child = Create(tag);
+    makeRoomFor(*child);
     insertBefore(child, nullptr);
     return child;
 }
@@ -168,7 +176,11 @@ std::shared_ptr<Element> Element::append(std::shared_ptr<Element> child) {
     for (const Element* e = child->first_ ? this : nullptr; e; e = e->parent_)
         if (e == child.get())
             throw std::invalid_argument(child->path() + " cannot stand inside itself");
-    child->removeFromParent();
+    makeRoomFor(*child);
+    if (child->parent_ == this)
+        unlink(*child);
+    else
+        child->removeFromParent();
     // No two attributes have one name.
     if (child->kind_ == Kind::Attribute && find(child->tag_)) child->kind_ = Kind::Element;
     insertBefore(child, nullptr);
@@ -180,30 +192,40 @@ std::shared_ptr<Element> Element::appendObject(std::string_view tag, unsigned id
     auto object = Create(tag);
     object->id_ = id;
     object->setName(std::string(name));
+    makeRoomFor(*object);
     insertBefore(object, nullptr);
     return object;
 }
 
-void Element::removeFromParent() {
-    if (parent_) parent_->takeOut(*this);
+void Element::removeFromParent() noexcept {
+    if (!parent_) return;
+    Element& parent = *parent_;
+    const auto self = parent.unlink(*this);
+    if (parent.index_) parent.index_->dropEmptyRoom(tag_);
 }
 
-void Element::moveBefore(Element& child, const Element* next) {
+void Element::moveBefore(Element& child, const Element* next) noexcept {
     if (&child == next || child.next_.get() == next) return;
     Element* const place = next ? const_cast<Element*>(next) : nullptr;
-    insertBefore(takeOut(child), place);
+    insertBefore(unlink(child), place);
 }
 
-void Element::insertBefore(std::shared_ptr<Element> child, Element* next) {
-    Element& e = *child;
-    // Everything that may throw comes first.
-    const bool isNote = e.kind_ != Kind::Element && e.kind_ != Kind::Attribute;
+// All of an insertion that may throw.
+void Element::makeRoomFor(const Element& child) {
     if (!index_ && childCount_ >= fewChildren) {
         auto index = std::make_unique<TagIndex>();
+        for (Element* c = first_.get(); c; c = c->next_.get())
+            if (!c->tag_.empty()) index->makeRoomFor(c->tag_);
         for (Element* c = first_.get(); c; c = c->next_.get())
             if (!c->tag_.empty()) index->add(*c, nullptr);
         index_ = std::move(index);
     }
+    if (index_ && !child.tag_.empty()) index_->makeRoomFor(child.tag_);
+}
+
+void Element::insertBefore(std::shared_ptr<Element> child, Element* next) noexcept {
+    Element& e = *child;
+    const bool isNote = e.kind_ != Kind::Element && e.kind_ != Kind::Attribute;
     Element* alike = next;
     while (index_ && alike && alike->tag_ != e.tag_) alike = alike->next_.get();
     if (index_ && !e.tag_.empty()) index_->add(e, alike);
@@ -223,7 +245,7 @@ void Element::insertBefore(std::shared_ptr<Element> child, Element* next) {
     ++childCount_;
 }
 
-std::shared_ptr<Element> Element::takeOut(Element& child) {
+std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     if (index_ && !child.tag_.empty()) index_->remove(child);
     std::shared_ptr<Element>& slot = child.prev_ ? child.prev_->next_ : first_;
     std::shared_ptr<Element> taken = std::move(slot);
@@ -292,15 +314,32 @@ trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
     return as<trel::rob::PoseTemplate<double>>(name);
 }
 
+// Puts a value into this very node and gives the old one back.
+std::any Element::exchangeValue(std::any value) {
+    std::any old;
+    const bool isEmpty = !value.has_value();
+    if (attr_)
+        old = attr_->exchange(std::move(value));
+    else if (!isEmpty)
+        attr_.emplace("", Attr::Type(value.type()), std::move(value), true);
+    if (isEmpty) attr_.reset();
+    return old;
+}
+
 void Element::setValue(std::any value) {
     Element& e = holder();
-    if (!value.has_value())
-        e.attr_.reset();
-    else if (e.attr_)
-        e.attr_->set(value);
-    else
-        e.attr_.emplace("", Attr::Type(value.type()), value, true);
-    observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
+    if (observers().empty()) {
+        e.exchangeValue(std::move(value));
+        return;
+    }
+    const auto kept = e.shared_from_this();
+    std::any old = e.exchangeValue(value);
+    try {
+        observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
+    } catch (...) {
+        e.holder().exchangeValue(std::move(old));
+        throw;
+    }
 }
 
 void Element::restoreValue(std::any value) {
@@ -323,6 +362,7 @@ void Element::addAttribute(std::string_view name, std::string_view type,
     if (!key) {
         key = Create(name);
         key->kind_ = Kind::Attribute;
+        makeRoomFor(*key);
         insertBefore(key, nullptr);
     }
     key->setValue(std::move(parsed));

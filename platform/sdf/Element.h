@@ -17,7 +17,8 @@ namespace sdf {
 class Element;
 
 /// One who is told of every value that is written to the document, after it
-/// stands there. May write and unsubscribe while being told.
+/// stands there. May write and unsubscribe while being told. Who throws refuses
+/// the value: the document holds the old one again.
 class ValueObserver {
 public:
     virtual ~ValueObserver() = default;
@@ -105,18 +106,19 @@ public:
     std::shared_ptr<Element> append(std::string_view tag);
 
     /// Places an element as last child, out of wherever it stood before.
-    /// \throws std::invalid_argument if it is null, or contains this element.
+    /// \throws std::invalid_argument if it is null, or contains this element; it
+    /// then stands where it stood.
     std::shared_ptr<Element> append(std::shared_ptr<Element> child);
 
     std::shared_ptr<Element> appendObject(std::string_view tag, unsigned id,
                                           std::string_view name);
 
     /// Does nothing to an element without parent.
-    void removeFromParent();
+    void removeFromParent() noexcept;
 
     /// Moves a child to just before `next`, another child, or to the end for
     /// null.
-    void moveBefore(Element& child, const Element* next);
+    void moveBefore(Element& child, const Element* next) noexcept;
 
     /// \name Typed reads
     /// The value of the key `name`, or the own value for an empty name,
@@ -139,7 +141,8 @@ public:
 
     /// Gives the element a value of one of the types that `Attr` names; an empty
     /// one takes the value away.
-    /// \throws std::invalid_argument for any other type; nothing has changed.
+    /// \throws std::invalid_argument for any other type, and what an observer
+    /// throws; the value is then the old one.
     void setValue(std::any value);
 
     /// Gives the element the value that it had when the document was saved. That
@@ -189,8 +192,10 @@ private:
     const Element& holder() const;
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
-    void insertBefore(std::shared_ptr<Element> child, Element* next);
-    std::shared_ptr<Element> takeOut(Element& child);
+    void makeRoomFor(const Element& child);
+    void insertBefore(std::shared_ptr<Element> child, Element* next) noexcept;
+    std::shared_ptr<Element> unlink(Element& child) noexcept;
+    std::any exchangeValue(std::any value);
     template <typename T>
     T as(std::string_view name) const;
 

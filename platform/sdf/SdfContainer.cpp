@@ -1,7 +1,6 @@
 #include "platform/sdf/SdfContainer.h"
 
 #include <algorithm>
-#include <iterator>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -14,32 +13,35 @@ SdfContainer::SdfContainer(const SdfContainer& other) : SdfNode(other) { *this =
 
 SdfContainer& SdfContainer::operator=(const SdfContainer& other) {
     if (this == &other) return *this;
+    auto children = other.children_;
+    decltype(places_) places;
+    for (auto child = children.begin(); child != children.end(); ++child)
+        places.emplace(child->id, child);
     SdfNode::operator=(other);
-    children_ = other.children_;
-    places_.clear();
-    for (auto child = children_.begin(); child != children_.end(); ++child)
-        places_.emplace(child->id, child);
+    children_ = std::move(children);
+    places_ = std::move(places);
     return *this;
 }
 
 void SdfContainer::addObjChild(std::shared_ptr<Element> child) {
     const unsigned id = child->asUInt("");
-    const auto [place, isNew] = places_.try_emplace(id);
-    if (!isNew) return;
-    try {
-        children_.push_back({id, std::move(child)});
-    } catch (...) {
-        places_.erase(place);
-        throw;
-    }
-    place->second = std::prev(children_.end());
+    std::list<Child> one{{id, std::move(child)}};
+    if (places_.try_emplace(id, one.begin()).second) children_.splice(children_.end(), one);
 }
 
 void SdfContainer::addObjChildWithSdf(unsigned id) {
     if (hasObjChild(id)) return;
     auto child = Element::Create("child");
     child->setValue(id);
-    addObjChild(element()->append(std::move(child)));
+    std::list<Child> one{{id, child}};
+    const auto place = places_.try_emplace(id, one.begin()).first;
+    try {
+        element()->append(std::move(child));
+    } catch (...) {
+        places_.erase(place);
+        throw;
+    }
+    children_.splice(children_.end(), one);
 }
 
 void SdfContainer::removeObjChildWithSdf(unsigned id) {
