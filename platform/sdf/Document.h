@@ -70,12 +70,19 @@ public:
     /// \throws DocumentError for text that XML cannot hold.
     std::string text(const LeftOut& leftOut = {}) const;
 
-    /// Writes the text to a file. A temporary file in the same folder is written,
-    /// synced and renamed, and the folder synced: whenever the power goes, the
-    /// old file or the new one is there, whole. A link is followed, and the
-    /// permissions of an old file are kept.
+    /// Writes the text to a file. Another file in the same folder is written,
+    /// synced and put in its place, and the folder synced: whenever the process
+    /// dies or the power goes, the old file or the new one is there, whole. A link
+    /// is followed, and the permissions of an old file are kept, and its owner
+    /// where this user may give files away. Another hard link to the old file goes
+    /// on naming the old text.
+    ///
+    /// The other file has no name until it is whole, then for the length of two
+    /// calls ".saving-" and a number; where the file system knows no files without
+    /// names, all along. A process that dies meanwhile leaves that name behind; the
+    /// next save into the folder removes it.
     /// \throws DocumentError when that fails; the old file is then unchanged and
-    /// the temporary one gone.
+    /// no other is left. Only where the folder cannot be synced the new one stands.
     void save(const std::filesystem::path& file, const LeftOut& leftOut = {}) const;
 
 private:

@@ -1,6 +1,8 @@
 #include "platform/sdf/FileText.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace sdf {
 
@@ -43,11 +46,17 @@ std::string_view expectedAfter(int error) {
 class Descriptor {
 public:
     explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() {
-        if (number_ >= 0) ::close(number_);
-    }
+    ~Descriptor() { reset(-1); }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
+
+    // Keeps errno, which the caller has yet to read.
+    void reset(int number) {
+        const int error = errno;
+        if (number_ >= 0) ::close(number_);
+        number_ = number;
+        errno = error;
+    }
 
     int number() const { return number_; }
     bool isOpen() const { return number_ >= 0; }
@@ -67,69 +76,145 @@ auto uninterrupted(const Call& call) {
 // Where the links lead, so that they stay links; the file need not exist.
 fs::path target(fs::path file) {
     constexpr int mostLinks = 40;
-    std::error_code ignored;
-    for (int i = 0; fs::is_symlink(fs::symlink_status(file, ignored)); ++i) {
+    std::error_code error;
+    for (int i = 0; fs::is_symlink(fs::symlink_status(file, error)); ++i) {
         if (i == mostLinks) fail("the file cannot be found", ELOOP);
-        file = file.parent_path() / fs::read_symlink(file, ignored);
+        const fs::path next = fs::read_symlink(file, error);
+        if (error) fail("the file cannot be found", error.value());
+        file = file.parent_path() / next;
     }
     return file;
 }
 
-// A file beside its target until it takes the target's place; removed if it
-// never does.
+// What a file beside its target is called while it has yet to take its place.
+constexpr std::string_view temporaryPrefix = ".saving-";
+
+// The new file until it takes its target's place. It has no name until then, so
+// that nothing is left where the process dies; where the file system knows no such
+// files it has a temporary one. Who saves holds the lock on it: a temporary name
+// whose lock is free belongs to nobody.
 class TemporaryFile {
 public:
-    TemporaryFile(int folder, mode_t mode) : folder_(folder), file_(-1) { open(mode); }
+    TemporaryFile(int folder, mode_t mode) : folder_(folder) {
+        if (!openNameless(mode)) openNamed(mode);
+    }
     ~TemporaryFile() {
         if (!name_.empty()) ::unlinkat(folder_, name_.c_str(), 0);
-        if (file_ >= 0) ::close(file_);
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    void setMode(mode_t mode) const {
-        if (::fchmod(file_, mode) != 0) fail("the permissions of the file cannot be kept", errno);
+    // Takes over owner, where this user may give files away, and permissions.
+    void become(const struct stat& old) const {
+        const auto own = [this](uid_t user, gid_t group) {
+            return uninterrupted([&] { return ::fchown(file_.number(), user, group); }) == 0;
+        };
+        constexpr auto sameUser = static_cast<uid_t>(-1);
+        static_cast<void>(own(old.st_uid, old.st_gid) || own(sameUser, old.st_gid));
+        const mode_t mode = old.st_mode & 07777;
+        if (uninterrupted([&] { return ::fchmod(file_.number(), mode); }) != 0)
+            fail("the permissions of the file cannot be kept", errno);
     }
 
     void write(std::string_view text) const {
         while (!text.empty()) {
             const auto written =
-                uninterrupted([&] { return ::write(file_, text.data(), text.size()); });
+                uninterrupted([&] { return ::write(file_.number(), text.data(), text.size()); });
             if (written < 0) fail("the text cannot be written", errno);
             text.remove_prefix(static_cast<std::size_t>(written));
         }
-        if (uninterrupted([&] { return ::fsync(file_); }) != 0)
+        if (uninterrupted([&] { return ::fsync(file_.number()); }) != 0)
             fail("the text cannot be written to the disk", errno);
     }
 
     void moveTo(const std::string& name) {
-        const int number = file_;
-        file_ = -1;
-        if (::close(number) != 0 && errno != EINTR) fail("the text cannot be written", errno);
-        if (::renameat(folder_, name_.c_str(), folder_, name.c_str()) != 0)
+        if (name_.empty()) giveName();
+        if (uninterrupted([&] {
+                return ::renameat(folder_, name_.c_str(), folder_, name.c_str());
+            }) != 0)
             fail("the file cannot be replaced", errno);
         name_.clear();
     }
 
 private:
-    void open(mode_t mode) {
+    static std::string freshName() {
         static std::atomic<unsigned> count = 0;
+        return std::string(temporaryPrefix) + std::to_string(::getpid()) + '-' +
+               std::to_string(count++);
+    }
+
+    // The way to a file without a name; there is none where /proc is missing.
+    std::string wayToIt() const { return "/proc/self/fd/" + std::to_string(file_.number()); }
+
+    bool openNameless(mode_t mode) {
+        file_.reset(uninterrupted([&] {
+            return ::openat(folder_, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, mode);
+        }));
+        if (!file_.isOpen() || ::access(wayToIt().c_str(), F_OK) != 0) return false;
+        ::flock(file_.number(), LOCK_EX | LOCK_NB);
+        return true;
+    }
+
+    void openNamed(mode_t mode) {
         do {
-            name_ = ".saving-" + std::to_string(::getpid()) + "-" + std::to_string(count++);
-            file_ = uninterrupted([&] {
-                return ::openat(folder_, name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+            std::string name = freshName();
+            file_.reset(uninterrupted([&] {
+                return ::openat(folder_, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                                 mode);
-            });
-        } while (file_ < 0 && errno == EEXIST);
-        if (file_ >= 0) return;
-        name_.clear();
-        fail("no file can be made in the folder", errno);
+            }));
+            if (!file_.isOpen() && errno != EEXIST)
+                fail("no file can be made in the folder", errno);
+            name_ = std::move(name);
+        } while (!file_.isOpen() || !isKept());
+    }
+
+    // Locks it, unless another process took it for a stray one before that.
+    bool isKept() const {
+        if (::flock(file_.number(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+        struct stat status {};
+        return ::fstat(file_.number(), &status) != 0 || status.st_nlink > 0;
+    }
+
+    void giveName() {
+        const std::string way = wayToIt();
+        while (true) {
+            std::string name = freshName();
+            if (uninterrupted([&] {
+                    return ::linkat(AT_FDCWD, way.c_str(), folder_, name.c_str(),
+                                    AT_SYMLINK_FOLLOW);
+                }) == 0) {
+                name_ = std::move(name);
+                return;
+            }
+            if (errno != EEXIST) fail("the file cannot be replaced", errno);
+        }
     }
 
     int folder_;
-    int file_;
-    std::string name_;
+    Descriptor file_{-1};
+    std::string name_;  // empty while there is none that is ours
 };
+
+// Removes what processes that died while they saved have left in the folder.
+void removeStrays(int folder) {
+    const int again = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const entries = again < 0 ? nullptr : ::fdopendir(again);
+    if (!entries) {
+        if (again >= 0) ::close(again);
+        return;
+    }
+    while (const dirent* const entry = ::readdir(entries)) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with(temporaryPrefix)) continue;
+        const std::string_view number = name.substr(temporaryPrefix.size());
+        if (number.find_first_not_of("0123456789-") != std::string_view::npos) continue;
+        const Descriptor stray(
+            ::openat(folder, entry->d_name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (stray.isOpen() && ::flock(stray.number(), LOCK_EX | LOCK_NB) == 0)
+            ::unlinkat(folder, entry->d_name, 0);
+    }
+    ::closedir(entries);
+}
 
 }  // namespace
 
@@ -138,7 +223,8 @@ std::string readFile(const fs::path& file) {
         uninterrupted([&] { return ::open(file.c_str(), O_RDONLY | O_CLOEXEC); }));
     if (!opened.isOpen()) fail("the file cannot be opened", errno);
     struct stat status {};
-    if (::fstat(opened.number(), &status) != 0) fail("the file cannot be read", errno);
+    if (uninterrupted([&] { return ::fstat(opened.number(), &status); }) != 0)
+        fail("the file cannot be read", errno);
     std::string text;
     text.reserve(static_cast<std::size_t>(status.st_size));
     std::array<char, 1 << 16> buffer;
@@ -160,7 +246,10 @@ void replaceFile(const fs::path& file, std::string_view text) {
     if (!folder.isOpen()) fail("the folder cannot be opened", errno);
 
     struct stat old {};
-    const bool isNew = ::fstatat(folder.number(), name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0;
+    const bool isNew = uninterrupted([&] {
+                           return ::fstatat(folder.number(), name.c_str(), &old,
+                                            AT_SYMLINK_NOFOLLOW);
+                       }) != 0;
     if (isNew && errno != ENOENT) fail("the file cannot be replaced", errno);
     if (name.empty() || (!isNew && S_ISDIR(old.st_mode)))
         fail("the file cannot be replaced", EISDIR);
@@ -168,8 +257,9 @@ void replaceFile(const fs::path& file, std::string_view text) {
         throw FileFault("the file cannot be replaced: it is a device; a file is expected");
 
     constexpr mode_t newMode = 0666;  // less what the process masks out
+    removeStrays(folder.number());
     TemporaryFile temporary(folder.number(), isNew ? newMode : S_IRUSR | S_IWUSR);
-    if (!isNew) temporary.setMode(old.st_mode & 07777);
+    if (!isNew) temporary.become(old);
     temporary.write(text);
     temporary.moveTo(name);
     // Some file systems have no such operation for folders, and no need of it.

@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -174,14 +176,31 @@ TEST_F(Saving, IntoAFolderThatMayNotBeWrittenLeavesTheOldFile) {
     EXPECT_EQ(bytesOf(folder_ / "cell.xml"), "old");
 }
 
-TEST_F(Saving, PassesByAStrayFileOfItsOwn) {
-    // What a process of this very number left behind when the power went.
+TEST_F(Saving, RemovesWhatProcessesThatDiedHaveLeft) {
+    // One of them had the very number of this process.
     for (int i = 0; i < 3; ++i)
         writeBytes(folder_ / (".saving-" + std::to_string(::getpid()) + "-" + std::to_string(i)),
                    "stray");
+    writeBytes(folder_ / ".saving-77-0", "stray");
     document_.save(folder_ / "cell.xml");
     EXPECT_EQ(bytesOf(folder_ / "cell.xml"), text_);
-    EXPECT_EQ(folder_.names().size(), 4u);
+    EXPECT_EQ(folder_.names(), Names{"cell.xml"});
+}
+
+TEST_F(Saving, LeavesAloneWhatAnotherSaveIsWriting) {
+    writeBytes(folder_ / ".saving-77-0", "half");
+    const int other = ::open((folder_ / ".saving-77-0").c_str(), O_WRONLY | O_CLOEXEC);
+    ASSERT_EQ(::flock(other, LOCK_EX), 0);
+    document_.save(folder_ / "cell.xml");
+    EXPECT_EQ(bytesOf(folder_ / ".saving-77-0"), "half");
+    ::close(other);
+}
+
+TEST_F(Saving, LeavesAloneWhatIsOnlyCalledAlike) {
+    for (const char* name : {".saving-money", "saving-1-1", ".saving"})
+        writeBytes(folder_ / name, "mine");
+    document_.save(folder_ / "cell.xml");
+    EXPECT_EQ(folder_.names(), (Names{".saving", ".saving-money", "cell.xml", "saving-1-1"}));
 }
 
 // What XML cannot hold is refused before the file is touched.
