@@ -25,7 +25,9 @@ public:
         : SmartComponent(std::move(element), sdf::ObjectType{40}),
           reactions_(plannedNode().reactions),
           framed_(plannedNode().framed),
-          acceptsObjects_(plannedNode().acceptsObjects) {}
+          acceptsObjects_(plannedNode().acceptsObjects) {
+        LiveEdits::expectUnlocked();
+    }
 
     void handleInputSignal(unsigned signalId, int value, long long time) override {
         auto& signal = signalAt(signalId);
@@ -54,7 +56,7 @@ public:
     }
 
     void execute(long long) override {}
-    void readPropertyValues() override {}
+    void readPropertyValues() override { LiveEdits::expectUnlocked(); }
 
 private:
     const Node& plannedNode() const { return currentPlan->nodes.at(id()); }

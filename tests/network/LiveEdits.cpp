@@ -6,6 +6,7 @@
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Lifecycle.h"
 #include "tests/network/Live.h"
+#include "tests/support/TableLock.h"
 
 namespace network {
 
@@ -50,7 +51,13 @@ void LiveEdits::follow(const Script& script, std::vector<std::string>& log) {
 
 void LiveEdits::rest() { current = nullptr; }
 
+void LiveEdits::expectUnlocked() {
+    if (trel::test::isTableLocked())
+        throw std::logic_error("the object table is locked during a call out of the library");
+}
+
 void LiveEdits::called() {
+    expectUnlocked();
     if (!current) return;
     ++calls;
     if (next == current->planned.size() || current->planned[next].call != calls) return;

@@ -23,6 +23,7 @@ public:
 
     void setSignalValue(unsigned signalId, std::variant<int, double> value,
                         bool dynamic) override {
+        LiveEdits::expectUnlocked();
         recorder_.log.push_back("controller " + std::to_string(id()) + " " +
                                 std::to_string(signalId) + " " + show(value) +
                                 (dynamic ? " dynamic" : " static"));
@@ -58,12 +59,14 @@ void Recorder::scSignalValueChanged(unsigned signalId, unsigned componentId) {
 
 void Recorder::reportEvent(const std::string& code, const std::string& text1,
                            const std::string& text2, const std::string& text3) {
+    LiveEdits::expectUnlocked();
     log.push_back("event " + code + " " + text1 + " " + text2 + " " + text3);
 }
 
 // Only values of signals and properties: the rest of the document has its own
 // tests.
 void Recorder::valueWritten(sdf::Element& element, const std::any& value) {
+    LiveEdits::expectUnlocked();
     const bool ofSignal = element.tag() == "value";
     if (!ofSignal && element.tag() != "property") return;
     const auto member = ofSignal ? element.parent() : element.shared_from_this();

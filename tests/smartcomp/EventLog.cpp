@@ -1,11 +1,14 @@
 #include "tests/smartcomp/EventLog.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <iterator>
 #include <memory>
 #include <utility>
 
 #include "platform/sdf/ValueText.h"
+#include "tests/support/TableLock.h"
 
 namespace trel::test {
 
@@ -22,6 +25,15 @@ std::string nameOf(const sdf::Element& element) {
     if (const unsigned id = element.getId(true)) own += " " + std::to_string(id);
     const auto parent = element.parent();
     return parent ? nameOf(*parent) + "/" + own : own;
+}
+
+void expectTableUnlocked() {
+    EXPECT_FALSE(isTableLocked()) << "the object table is locked during a call out of the library";
+}
+
+void EventLog::add(std::string line) {
+    expectTableUnlocked();
+    lines_.push_back(std::move(line));
 }
 
 Lines EventLog::startingWith(std::string_view start) const {

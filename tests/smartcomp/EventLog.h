@@ -20,9 +20,12 @@ std::string text(SignalValue value);
 /// The element as a reader of the log knows it: "Lamp/signal 1/value".
 std::string nameOf(const sdf::Element& element);
 
+/// Expects that the library calls its outside without a lock.
+void expectTableUnlocked();
+
 /// One list of everything that happens, in the order in which it happens: what
 /// is written to the document, what the broker is told, what reaches components
-/// and controllers.
+/// and controllers. None of it may happen while the object table is locked.
 ///
 ///     write Lamp/signal 1/value int 1
 ///     notice signal 1 of 10
@@ -31,7 +34,7 @@ std::string nameOf(const sdf::Element& element);
 ///     Lamp.input 1 = 1 at 100
 class EventLog : public broker::Listener, public sdf::ValueObserver {
 public:
-    void add(std::string line) { lines_.push_back(std::move(line)); }
+    void add(std::string line);
     void clear() { lines_.clear(); }
 
     const Lines& lines() const { return lines_; }

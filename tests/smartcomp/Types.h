@@ -36,13 +36,16 @@ private:
 template <typename Base>
 class Open : public Base {
 public:
-    Open(ElementPtr element, sdf::ObjectType type) : Base(std::move(element), type) {}
+    Open(ElementPtr element, sdf::ObjectType type) : Base(std::move(element), type) {
+        expectTableUnlocked();
+    }
     Open(const Open& other) : Base(other) {}
     Open& operator=(const Open& other) {
         Base::operator=(other);
         return *this;
     }
     ~Open() override {
+        expectTableUnlocked();
         if (whenDestroyed) whenDestroyed();
     }
 
