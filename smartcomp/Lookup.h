@@ -1,6 +1,7 @@
 #pragma once
 
 #include <any>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <stdexcept>
@@ -43,6 +44,16 @@ inline sdf::SdfObject* objectAt(unsigned id) {
     auto& manager = *sdf::SdfManager::inst();
     const std::shared_lock lock(manager.mutex());
     return at(manager.objects(), id);
+}
+
+/// The element of the object under `id`, which may be removed by another thread
+/// as soon as the lock is free.
+inline std::shared_ptr<sdf::Element> elementAt(unsigned id) {
+    auto& manager = *sdf::SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    sdf::SdfObject* const object = at(manager.objects(), id);
+    if (!object) throw std::bad_cast();
+    return object->element();
 }
 
 /// An object as the `T` that it has to be.

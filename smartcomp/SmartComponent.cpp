@@ -189,7 +189,7 @@ bool SmartComponent::isTopLevel() const {
 bool SmartComponent::objectIsInvalid(unsigned id) { return !findObject(id); }
 
 std::string SmartComponent::GetTypeName(unsigned id) {
-    return objectAs<sdf::SdfObject>(id).element()->asString("type");
+    return elementAt(id)->asString("type");
 }
 
 void SmartComponent::notifyPropertyValueChanged(unsigned propertyId) {

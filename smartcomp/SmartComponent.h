@@ -130,7 +130,8 @@ public:
     /// Whether it sits directly in the station logic.
     bool isTopLevel() const;
 
-    /// The registered type name of the component `id`.
+    /// The registered type name of the component `id`, which another thread may
+    /// remove meanwhile.
     static std::string GetTypeName(unsigned id);
 
     void notifyPropertyValueChanged(unsigned propertyId);

@@ -4,8 +4,6 @@
 #include <array>
 #include <stdexcept>
 #include <string_view>
-#include <thread>
-#include <vector>
 
 #include "platform/visual/Visual.h"
 #include "tests/smartcomp/Cell.h"
@@ -43,15 +41,6 @@ bool isFramed(const SmartComponent* component) {
 }
 
 }  // namespace
-
-TEST_F(ManagerTest, ThereIsOneWhoeverAsks) {
-    std::array<Manager*, 8> seen{};
-    {
-        std::vector<std::jthread> threads;
-        for (auto& mine : seen) threads.emplace_back([&mine] { mine = Manager::inst(); });
-    }
-    for (Manager* const one : seen) EXPECT_EQ(one, Manager::inst());
-}
 
 TEST_F(ManagerTest, TheFirstFunctionsOfANameWin) {
     Manager::inst()->registerType("Twice", makePlain, makePlain, describeFirst);

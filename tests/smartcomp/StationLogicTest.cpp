@@ -1,12 +1,9 @@
 #include "smartcomp/StationLogic.h"
 
-#include <array>
 #include <cstdlib>
 #include <mutex>
 #include <ranges>
 #include <stdexcept>
-#include <thread>
-#include <vector>
 
 #include "smartcomp/Manager.h"
 #include "tests/smartcomp/Cell.h"
@@ -30,15 +27,6 @@ TEST_F(StationLogicTest, InstCalledTwiceGivesOnePointerNamedStationLogic) {
     EXPECT_EQ(first->objectType(), static_cast<sdf::ObjectType>(14));
     EXPECT_TRUE(first->isStationLogic());
     EXPECT_EQ(sdf::SdfManager::inst()->objects().at(logicId), first);
-}
-
-TEST_F(StationLogicTest, ManyFirstCallersGetTheOneInstance) {
-    std::array<StationLogic*, 8> seen{};
-    {
-        std::vector<std::jthread> threads;
-        for (auto& mine : seen) threads.emplace_back([&mine] { mine = StationLogic::inst(); });
-    }
-    for (StationLogic* const one : seen) EXPECT_EQ(one, &logic());
 }
 
 TEST_F(StationLogicTest, IsNamedWhateverItsElementWasCalled) {
