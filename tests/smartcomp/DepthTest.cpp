@@ -40,10 +40,10 @@ constexpr std::size_t stackForChains = 64 * mebi;
 constexpr std::size_t stackForChains = 8 * mebi;
 #endif
 
-#if defined(__OPTIMIZE__) && !defined(TREL_SANITIZED)
+#if defined(NDEBUG) && !defined(TREL_SANITIZED)
 constexpr bool isLean = true;
 #else
-constexpr bool isLean = false;  // frames of such a build are not what they cost
+constexpr bool isLean = false;  // frames of such a build are not what they cost released
 #endif
 
 constexpr unsigned cellId = 10;
