@@ -187,6 +187,17 @@ TEST_F(AggregationTest, PositionsAreCutTowardsZero) {
     EXPECT_EQ(box.getChildXY(11), Position({5, -6}));
 }
 
+TEST_F(AggregationTest, PositionsBeyondTheirTypesBecomeTheNearest) {
+    const Box& box = draft().xy(-5, 3e9, -3e9).xy(5e9, 1, 2).make<Box>();
+    EXPECT_EQ(box.getChildXY(0), Position({2147483647, -2147483647 - 1}));
+    EXPECT_EQ(box.getChildXY(4294967295u), Position({1, 2}));
+}
+
+TEST_F(AggregationTest, TheLargestPositionsAreReadAsTheyAre) {
+    const Box& box = draft().xy(4294967295.0, 2147483647, -2147483648.0).make<Box>();
+    EXPECT_EQ(box.getChildXY(4294967295u), Position({2147483647, -2147483647 - 1}));
+}
+
 TEST_F(AggregationTest, TheFirstPositionOfAChildWins) {
     const Box& box = draft().xy(11, 1, 2).xy(12, 3, 4).xy(11, 5, 6).make<Box>();
     EXPECT_EQ(box.getChildXY(11), Position({1, 2}));

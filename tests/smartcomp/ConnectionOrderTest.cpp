@@ -99,6 +99,27 @@ TEST_F(ConnectionOrderTest, BindingsStandInNoOrder) {
     EXPECT_EQ(indicesOf({1, 2, 3}), (Ids{0, 1, 2}));
 }
 
+//   1 -> lost, 2 taken again       before: 1 2 3     after: 2 1 3
+TEST_F(ConnectionOrderTest, AConnectionUnderATakenIdReplacesTheOneThatHadIt) {
+    buildThree();
+    loseOverwrittenEntry([&] { build(2, 0); });
+    EXPECT_EQ(orderOf(box()), (Ids{2, 1, 3}));
+    EXPECT_EQ(indicesOf({1, 3}), (Ids{1, 2}));
+    EXPECT_EQ(indexOf(2), 0u);
+    EXPECT_EQ(box().element()->children("connection").size(), 4u) << "the lost one's stays";
+    EXPECT_EQ(box().getNextSgConnId(), 4u);
+}
+
+TEST_F(ConnectionOrderTest, ABindingUnderATakenIdClosesTheGap) {
+    buildThree();
+    loseOverwrittenEntry([&] { build(2, -1); });
+    EXPECT_EQ(orderOf(box()), (Ids{1, 3}));
+    EXPECT_EQ(indicesOf({1, 3}), (Ids{0, 1}));
+    EXPECT_TRUE(box().getBinding(2));
+    loseOverwrittenEntry([&] { build(2, -1); });
+    EXPECT_EQ(orderOf(box()), (Ids{1, 3})) << "a binding leaves no gap";
+}
+
 // ---- Deletion
 
 TEST_F(ConnectionOrderTest, DeletingTheSecondOfThreeRenumbersTheThirdOnly) {

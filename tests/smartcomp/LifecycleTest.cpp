@@ -5,6 +5,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "smartcomp/Manager.h"
 #include "tests/smartcomp/Cell.h"
 
 namespace trel::test {
@@ -144,6 +145,15 @@ TEST_F(LifecycleTest, WhatAMakeFunctionThrowsPasses) {
     expectThrow<std::runtime_error>("no such part",
                                     [&] { Create(Draft("Failing", 10, "Lamp").element()); });
     EXPECT_FALSE(isInTable(10));
+}
+
+TEST_F(LifecycleTest, AMakeFunctionThatMakesNothingIsAnError) {
+    const auto makeNothing = [](ElementPtr) -> SmartComponent* { return nullptr; };
+    smartcomp::Manager::inst()->registerType("Nothing", makeNothing, makeNothing, nullptr);
+    expectThrow<std::logic_error>("a registered function made no component",
+                                  [&] { Create(Draft("Nothing", 10, "Lamp").element()); });
+    EXPECT_FALSE(isInTable(10));
+    EXPECT_EQ(list().size(), 0u);
 }
 
 // ---- Build

@@ -155,6 +155,15 @@ TEST_F(PropertyDisplayTest, DoubleTextIsReadUpToItsFirstStrangeCharacter) {
     EXPECT_EQ(shown("Double", "0x10", "s"), "16.00 s");
 }
 
+TEST_F(PropertyDisplayTest, DoubleTextMayBeHexadecimal) {
+    EXPECT_EQ(shown("Double", "0X1.8p1"), "3.00 ");
+    EXPECT_EQ(shown("Double", "-0xA"), "-10.00 ");
+    EXPECT_EQ(shown("Double", "+0xa.8"), "10.50 ");
+    for (const char* value : {"0x", "0xg", "0x-1", "0x+1"})
+        EXPECT_EQ(shown("Double", value), "0.00 ") << "the 0 in front of it";
+    expectThrow<std::out_of_range>(stodRange, [&] { shown("Double", "0x1p5000"); });
+}
+
 TEST_F(PropertyDisplayTest, DoubleTextWithoutANumberThrows) {
     for (const char* value : {"", "  ", "abc", "-", ".", "e5", "- 1", "+-1"})
         expectThrow<std::invalid_argument>(noStod, [&] { shown("Double", value); });
@@ -196,6 +205,12 @@ TEST_F(PropertyDisplayTest, Vector3NumbersThatAreNotReadCountAs0) {
     EXPECT_EQ(shown("Vector3", "5 x 7"), "5, 0, 0 mm");
     EXPECT_EQ(shown("Vector3", "x 6 7"), "0, 0, 0 mm");
     EXPECT_EQ(shown("Vector3", "1, 2, 3"), "1, 0, 0 mm");
+}
+
+TEST_F(PropertyDisplayTest, OneAngleThatIsNotWholeShowsPlacesInAllThree) {
+    EXPECT_EQ(shown("Orient", orient(12.5, 0, 0)), "12.50, 0.00, 0.00 deg");
+    EXPECT_EQ(shown("Orient", orient(0, 12.5, 0)), "0.00, 12.50, 0.00 deg");
+    EXPECT_EQ(shown("Orient", orient(0, 0, 12.5)), "0.00, 0.00, 12.50 deg");
 }
 
 TEST_F(PropertyDisplayTest, OrientOfTheIdentityNeverShowsAMinusSign) {

@@ -1,5 +1,6 @@
 #include <stdexcept>
 
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
 #include "tests/smartcomp/Cell.h"
 
@@ -49,6 +50,50 @@ TEST_F(RemovalTest, ARemovedComponentLeavesParentTableAndDocumentButNotTheList) 
     EXPECT_FALSE(Alive::contains(lamp));
     EXPECT_TRUE(isListed(lamp));
     EXPECT_EQ(log().notices(), Lines{});
+}
+
+// Whoever holds a component may call it when it is gone.
+TEST_F(RemovalTest, WhatIsRemovedTakesNoValues) {
+    auto& lamp = Draft("Framed", 10, "Lamp")
+                     .property(1, "Text", "String", std::string("old"))
+                     .signal(1, "In", "DigitalInput")
+                     .signal(2, "Out", "DigitalOutput")
+                     .make<Framed>();
+    signalOf(lamp, 2).setValue(0);
+    const smartcomp::Hold hold(lamp);
+    RemoveSubSmartComponent(10);
+    freshLog();
+
+    lamp.setStaticSignalValue(1, 1);
+    lamp.setStaticSignalValue(2, 1);
+    lamp.setStaticOutputSignal(2, 1);
+    lamp.handleSignalValue(1, 1, 100);
+    lamp.handleSignalValue(2, 1, 100);
+    lamp.handleOutputSignal(2, 1, 100);
+    lamp.SmartComponent::setPropertyValue(1, "new");
+
+    EXPECT_EQ(log().lines(), Lines{});
+    EXPECT_EQ(lamp.getProperty(1)->value(), "old");
+    EXPECT_TRUE(settingSignals(lamp).empty());
+    EXPECT_TRUE(settingProperties(lamp).empty());
+}
+
+TEST_F(RemovalTest, AnAggregationThatIsRemovedTakesNoValues) {
+    auto& box = Draft("Box", 10, "Box")
+                    .property(1, "Text", "String", std::string("old"))
+                    .signal(1, "In", "DigitalInput")
+                    .make<Box>();
+    const smartcomp::Hold hold(box);
+    RemoveSubSmartComponent(10);
+    freshLog();
+
+    box.handleInputSignal(1, 1, 100);
+    box.setStaticInputSignal(1, 1);
+    box.setPropertyValue(1, "new");
+
+    EXPECT_EQ(log().lines(), Lines{});
+    EXPECT_EQ(box.getProperty(1)->value(), "old");
+    EXPECT_TRUE(settingSignals(box).empty());
 }
 
 TEST_F(RemovalTest, TheParentIsToldFirstThenTheTableThenTheComponentDies) {

@@ -154,6 +154,23 @@ TEST_F(WiringTest, KnowsAConnectionThatIsAssignedTo) {
     EXPECT_EQ(other.getDstComponentId(), from + 1);
 }
 
+// A copy hears nothing of what its source does to the connections.
+TEST_F(WiringTest, KnowsInACopyWhatTheSourceModified) {
+    box().element()->append(signalElement(1, "In", "DigitalInput", 0));
+    SCSignal::Create(&box(), box().element()->get("signal"));
+    for (unsigned i = 0; i != 6; ++i) connect(box(), {boxId, 1}, {firstId + i, 1});
+    leakOnPurpose([&] {
+        auto* const copy = new Box(box());
+        for (int value = 1; value != 20; ++value) copy->setStaticSignalValue(1, value);
+        box().getConnection(1)->modify(boxId, 1, firstId + 7, 1);
+        copy->setStaticSignalValue(1, 20);
+    });
+    expectLost(1);
+    EXPECT_EQ(signalOf(component(firstId), 1).getValue(), SignalValue(19));
+    EXPECT_EQ(signalOf(component(firstId + 7), 1).getValue(), SignalValue(20));
+    EXPECT_EQ(signalOf(component(firstId + 1), 1).getValue(), SignalValue(20));
+}
+
 TEST_F(WiringTest, KnowsABindingThatBecomesNone) {
     const unsigned binding = bind(box(), {firstId, 1}, {firstId + 1, 2});
     EXPECT_EQ(send(firstId, true), std::vector<unsigned>{firstId + 1});
