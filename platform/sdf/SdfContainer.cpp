@@ -12,7 +12,6 @@ namespace sdf {
 SdfContainer::SdfContainer(const SdfContainer& other) : SdfNode(other) { *this = other; }
 
 SdfContainer& SdfContainer::operator=(const SdfContainer& other) {
-    if (this == &other) return *this;
     auto children = other.children_;
     decltype(places_) places;
     for (auto child = children.begin(); child != children.end(); ++child)
@@ -61,7 +60,6 @@ void SdfContainer::moveChild(unsigned id, unsigned place) {
     auto next = children_.begin();
     for (unsigned i = 0; next != children_.end(); ++next)
         if (next != child && i++ == place) break;
-    if (next == child) return;
     element()->moveBefore(*child->element,
                           next == children_.end() ? nullptr : next->element.get());
     children_.splice(next, children_, child);

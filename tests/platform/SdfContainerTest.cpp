@@ -200,6 +200,17 @@ TEST_F(Container, ACopyHasTheChildrenInATableOfItsOwn) {
     EXPECT_EQ(assigned.id(), 1u);
 }
 
+TEST_F(Container, KeepsItsChildrenWhenItIsAssignedToItself) {
+    container(1).addObjChildWithSdf(2);
+    container(1).addObjChildWithSdf(3);
+    const SdfContainer& itself = container(1);
+    container(1) = itself;
+    container(1).removeObjChildWithSdf(2);
+    EXPECT_FALSE(container(1).hasObjChild(2));
+    EXPECT_TRUE(container(1).hasObjChild(3));
+    EXPECT_EQ(childrenInDocument(container(1)), Ids{3});
+}
+
 TEST(ContainerCost, RemovingAChildDoesNotGrowWithTheirNumber) {
     struct Family {
         std::unique_ptr<SdfContainer> parent;
