@@ -1,6 +1,6 @@
 #include <fmt/format.h>
 
-#include <exception>
+#include <stdexcept>
 
 #include "host/Faults.h"
 #include "host/Objects.h"
@@ -34,7 +34,7 @@ void inspectReference(const SmartComponent& component, Property& property, Fault
             faults.push_back({at, fmt::format("the property \"{}\" of {} names the object {}, "
                                               "which is not there; name one that is, or 0",
                                               property.name(), called(*component.element()), id)});
-    } catch (const std::exception&) {
+    } catch (const std::logic_error&) {  // memory that ends is no fault of the file
         faults.push_back({at, fmt::format("the property \"{}\" of {} holds \"{}\", which is no "
                                           "object id; write a number, 0 for none",
                                           property.name(), called(*component.element()),

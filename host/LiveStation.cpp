@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <new>
 #include <stdexcept>
 #include <string>
 
@@ -60,18 +61,17 @@ LiveStation::LiveStation(const std::filesystem::path& file) {
 
 LiveStation::~LiveStation() = default;
 
+// Allocates nothing: it runs when memory has ended, too.
 LiveStation::Emptying::~Emptying() {
-    std::vector<unsigned> ids;
-    for (const smartcomp::SmartComponent* const component : componentsNow())
-        if (!component->isStationLogic()) ids.push_back(component->id());
-    // A component may take others along when it goes.
-    for (const unsigned id : ids)
-        if (componentOf(id)) smartcomp::RemoveSubSmartComponent(id);
+    while (const auto* const component = anyComponentButLogic())
+        smartcomp::RemoveSubSmartComponent(component->id());
 }
 
 void LiveStation::makeLogic(const std::string& file) {
     try {
         smartcomp::StationLogic::inst();
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (...) {
         refuse(file, {{GetStationLogicElem()->place(),
                        fmt::format("the station logic cannot be made from this element: {}; "
@@ -91,6 +91,8 @@ void LiveStation::makeComponents(const std::string& file) {
         const sdf::Element& element = firstNotMade(made.size() - before);
         refuse(file, {objectOf(element.getId(true)) ? failedType(element, error.what())
                                                     : unknownType(element)});
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (...) {
         const std::string reason = textOfThrown();
         refuse(file, {failedType(firstNotMade(made.size() - before), reason)});

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <exception>
 #include <mutex>
 #include <shared_mutex>
+#include <stdexcept>
 
 #include "host/Objects.h"
 
@@ -87,7 +87,7 @@ std::string shown(const Member& member) {
         std::string text = property->getDisplayValue();
         text.erase(text.find_last_not_of(' ') + 1);
         return text;
-    } catch (const std::exception&) {
+    } catch (const std::logic_error&) {
         return property->value();
     }
 }

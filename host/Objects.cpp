@@ -26,6 +26,15 @@ std::vector<SmartComponent*> componentsNow() {
     return result;
 }
 
+SmartComponent* anyComponentButLogic() {
+    auto& manager = *sdf::SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    for (const auto& [id, object] : manager.objects())
+        if (auto* const component = dynamic_cast<SmartComponent*>(object))
+            if (!component->isStationLogic()) return component;
+    return nullptr;
+}
+
 void enterObject(sdf::SdfObject& object) {
     auto& manager = *sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());

@@ -19,6 +19,9 @@ smartcomp::SmartComponent* componentOf(unsigned id);
 /// All components in the object table now, the station logic among them, by id.
 std::vector<smartcomp::SmartComponent*> componentsNow();
 
+/// One of them that is not the station logic, or null. Allocates nothing.
+smartcomp::SmartComponent* anyComponentButLogic();
+
 /// Enters an object under its id.
 /// \throws std::logic_error "object exists" if the id is taken.
 void enterObject(sdf::SdfObject& object);

@@ -1,5 +1,8 @@
 #include "smartcomp/Hold.h"
 
+#include <cstddef>
+#include <new>
+
 #include "smartcomp/Removals.h"
 #include "smartcomp/SmartComponent.h"
 #include "smartcomp/Stack.h"
@@ -8,7 +11,9 @@ namespace trel::smartcomp {
 
 Removals& Removals::inst() {
     // Never destroyed: components may be removed until the very end of a process.
-    static auto* const removals = new Removals;
+    // Nor allocated: they may be removed where memory has ended.
+    alignas(Removals) static std::byte place[sizeof(Removals)];
+    static auto* const removals = ::new (place) Removals;
     return *removals;
 }
 
