@@ -255,9 +255,20 @@ TEST_F(Unwritable, IsNestingBeyondTheLimit) {
     for (unsigned i = 1; i < Document::maxDepth; ++i) deepest = deepest->append("a");
     EXPECT_NO_THROW(document_.text());
     deepest->append("a");
-    EXPECT_THROW(document_.text(), DocumentError);
-    EXPECT_THROW(document_.save(folder_ / "cell.xml"), DocumentError);
-    EXPECT_TRUE(folder_.names().empty());
+    std::string path = "station";
+    while (path.size() < 200) path += "/a";
+    expectRefused("\"" + path.substr(0, 200) +
+                  "...\" cannot be written: it stands too deep; at most 256 elements inside each "
+                  "other are expected");
+}
+
+TEST_F(Unwritable, AreNotesWithACarriageReturn) {
+    for (const auto kind : {Element::Kind::Comment, Element::Kind::Instruction}) {
+        const auto note = root_->append(Element::CreateNote(kind, "do", "a\r\nb"));
+        expectRefused("\"station/do\" cannot be written: it holds a carriage return, which only "
+                      "values and texts keep; line feeds are expected");
+        note->removeFromParent();
+    }
 }
 
 }  // namespace
