@@ -44,7 +44,8 @@ protected:
     }
 
     Model model_;
-    Script script_{1};
+    Random edits_{1};
+    Script script_{edits_};
 };
 
 // A reaction answers a dynamic input and an override a text; listeners hear of

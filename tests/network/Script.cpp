@@ -81,9 +81,9 @@ void Script::called(Model& model, Place place, Node& node) {
     ++calls_;
     if (planned.size() == mostEdits || depth_ == deepest) return;
     // Components are called less than listeners.
-    if (!random_.oneIn((place == Place::Listener ? 3 : 2) * calm)) return;
+    if (!random_->oneIn((place == Place::Listener ? 3 : 2) * calm)) return;
     const Called at{model, node, model.walks.empty() ? Walk{} : model.walks.back()};
-    EditKind kind = random_.oneIn(4) ? rarest(place, at.walk.kind) : anyKind();
+    EditKind kind = random_->oneIn(4) ? rarest(place, at.walk.kind) : anyKind();
     std::optional<Edit> edit = choose(at, kind);
     if (!edit) edit = choose(at, kind = anyKind());
     if (!edit) return;
@@ -110,9 +110,9 @@ std::size_t& Script::count(EditKind kind, Place place, WalkKind walk) {
 // Removals are half as likely as the others: they leave little to edit.
 EditKind Script::anyKind() {
     constexpr auto kinds = static_cast<unsigned>(EditKind::Count);
-    const auto kind = static_cast<EditKind>(random_.below(kinds));
+    const auto kind = static_cast<EditKind>(random_->below(kinds));
     const bool removes = kind >= EditKind::RemoveSender && kind <= EditKind::RemoveGrandparent;
-    return removes && random_.oneIn(2) ? static_cast<EditKind>(random_.below(kinds)) : kind;
+    return removes && random_->oneIn(2) ? static_cast<EditKind>(random_->below(kinds)) : kind;
 }
 
 EditKind Script::rarest(Place place, WalkKind walk) {
@@ -156,9 +156,9 @@ std::optional<unsigned> Script::anyConnection(const Called& at, const Node& grou
     }
     if (all.empty()) return std::nullopt;
     // The table's order is not the same everywhere.
-    auto& choices = !ofTheWalk.empty() && !random_.oneIn(3) ? ofTheWalk : all;
+    auto& choices = !ofTheWalk.empty() && !random_->oneIn(3) ? ofTheWalk : all;
     std::ranges::sort(choices);
-    return random_.from(choices);
+    return random_->from(choices);
 }
 
 Connection Script::randomEnds(Random& random, const Model& model, const Node& group) {
@@ -169,18 +169,18 @@ Connection Script::randomEnds(Random& random, const Model& model, const Node& gr
 
 std::optional<Edit> Script::editConnection(const Called& at, EditKind kind) {
     const Node* group = at.group();
-    if (!group || random_.oneIn(5)) {
+    if (!group || random_->oneIn(5)) {
         std::vector<unsigned> groups;
         for (const auto& [id, node] : at.model.nodes)
             if (node.isAggregation()) groups.push_back(id);
-        group = &at.model.nodes.at(random_.from(groups));
+        group = &at.model.nodes.at(random_->from(groups));
     }
     const bool bindings = kind == EditKind::DeleteBinding || kind == EditKind::AddBinding ||
                           kind == EditKind::ModifyBinding;
     Edit edit{kind, group->id};
-    edit.ends = randomEnds(random_, at.model, *group);
+    edit.ends = randomEnds(*random_, at.model, *group);
     // Bindings and connections lead on from the walk's own source now and then.
-    if (at.walk.group == group && bindings == overBindings(at.walk) && !random_.oneIn(3)) {
+    if (at.walk.group == group && bindings == overBindings(at.walk) && !random_->oneIn(3)) {
         edit.ends.srcComponent = at.walk.component;
         edit.ends.src = at.walk.member;
     }
@@ -190,14 +190,14 @@ std::optional<Edit> Script::editConnection(const Called& at, EditKind kind) {
             edit.member = std::max(edit.member, id + 1);
         if (!bindings)
             edit.ends.index = static_cast<int>(
-                random_.below(static_cast<unsigned>(group->order.size()) + 1));
+                random_->below(static_cast<unsigned>(group->order.size()) + 1));
         return edit;
     }
     const auto connection = anyConnection(at, *group, bindings);
     if (!connection) return std::nullopt;
     edit.member = *connection;
     if (kind != EditKind::Move) return edit;
-    edit.step = random_.oneIn(2) ? 1 : -1;
+    edit.step = random_->oneIn(2) ? 1 : -1;
     const int place = group->connections.at(edit.member).index + edit.step;
     if (place < 0 || place >= std::ssize(group->order)) return std::nullopt;
     return edit;
@@ -206,7 +206,7 @@ std::optional<Edit> Script::editConnection(const Called& at, EditKind kind) {
 std::optional<Edit> Script::editMember(const Called& at, EditKind kind) {
     Edit edit{kind};
     const Connection& serving = at.walk.serving;
-    switch (random_.below(at.walk.group ? 4 : 1)) {
+    switch (random_->below(at.walk.group ? 4 : 1)) {
         case 1:
             edit.component = at.walk.component;
             edit.member = at.walk.member;
@@ -227,7 +227,7 @@ std::optional<Edit> Script::editMember(const Called& at, EditKind kind) {
         }
         default:
             edit.component = at.node.id;
-            edit.member = 1 + random_.below(3);
+            edit.member = 1 + random_->below(3);
     }
     if (!isComponent(at.model, edit.component)) return std::nullopt;
     const Node& node = at.model.nodes.at(edit.component);
@@ -243,7 +243,7 @@ unsigned Script::removed(const Called& at, EditKind kind) {
         case EditKind::RemoveSender:
             return at.walk.group ? at.walk.component : at.node.id;
         case EditKind::RemoveDestination: {
-            if (!at.walk.group || !group || random_.oneIn(2)) return at.node.id;
+            if (!at.walk.group || !group || random_->oneIn(2)) return at.node.id;
             const auto id = anyConnection(at, *group, overBindings(at.walk));
             return id ? group->connections.at(*id).dstComponent : 0;
         }
@@ -251,7 +251,7 @@ unsigned Script::removed(const Called& at, EditKind kind) {
             std::vector<unsigned> siblings = childrenOf(at.model, at.groupId());
             std::erase(siblings, at.node.id);
             std::erase(siblings, at.walk.component);
-            return siblings.empty() ? 0 : random_.from(siblings);
+            return siblings.empty() ? 0 : random_->from(siblings);
         }
         case EditKind::RemoveParent:
             return at.groupId();
@@ -265,36 +265,36 @@ std::optional<Edit> Script::removeComponent(const Called& at, EditKind kind) {
     if (!isComponent(at.model, edit.component)) return std::nullopt;
     const Node& node = at.model.nodes.at(edit.component);
     if (node.kind == Kind::Logic) return std::nullopt;
-    edit.tellsParent = at.model.nodes.contains(node.parent) && !random_.oneIn(3);
+    edit.tellsParent = at.model.nodes.contains(node.parent) && !random_->oneIn(3);
     return edit;
 }
 
 std::optional<Edit> Script::setAgain(const Called& at, EditKind kind) {
-    const bool fromSource = at.walk.group && random_.oneIn(2);
+    const bool fromSource = at.walk.group && random_->oneIn(2);
     Edit edit{kind, fromSource ? at.walk.component : at.node.id};
     if (!isComponent(at.model, edit.component)) return std::nullopt;
     const Node& node = at.model.nodes.at(edit.component);
-    const bool text = fromSource ? overBindings(at.walk) : random_.oneIn(2);
+    const bool text = fromSource ? overBindings(at.walk) : random_->oneIn(2);
     if (text) {
         const auto ids = keysOf(node.properties);
         if (ids.empty()) return std::nullopt;
-        edit.member = fromSource ? at.walk.member : random_.from(ids);
+        edit.member = fromSource ? at.walk.member : random_->from(ids);
         const auto property = node.properties.find(edit.member);
         if (property == node.properties.end()) return std::nullopt;
         edit.path = Edit::Path::Text;
         edit.text = kind == EditKind::SetSame
                         ? property->second.text
-                        : random_.from<std::string>({"0", "1", "1.0", "2", "2.5", "10", "1000"});
+                        : random_->from<std::string>({"0", "1", "1.0", "2", "2.5", "10", "1000"});
         return edit;
     }
     const auto ids = keysOf(node.signals);
     if (ids.empty()) return std::nullopt;
-    edit.member = fromSource ? at.walk.member : random_.from(ids);
+    edit.member = fromSource ? at.walk.member : random_->from(ids);
     const auto signal = node.signals.find(edit.member);
     if (signal == node.signals.end()) return std::nullopt;
     edit.value = kind == EditKind::SetSame ? signal->second.value
-                                           : Value(static_cast<int>(random_.below(4)));
-    if (std::holds_alternative<int>(signal->second.value) && random_.oneIn(2))
+                                           : Value(static_cast<int>(random_->below(4)));
+    if (std::holds_alternative<int>(signal->second.value) && random_->oneIn(2))
         edit.path = Edit::Path::Dynamic;
     return edit;
 }

@@ -20,7 +20,8 @@ const char* nameOf(WalkKind walk);
 /// in the model, and kept for the library, which has to make the same calls.
 class Script : public Outsider {
 public:
-    explicit Script(unsigned seed) : random_(seed) {}
+    /// `random` must outlive the script.
+    explicit Script(Random& random) : random_(&random) {}
 
     void called(Model& model, Place place, Node& node) override;
 
@@ -59,7 +60,7 @@ private:
     unsigned removed(const Called& at, EditKind kind);
     std::optional<unsigned> anyConnection(const Called& at, const Node& group, bool bindings);
 
-    Random random_;
+    Random* random_;
     std::size_t calls_ = 0;
     std::size_t depth_ = 0;
 };
