@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <string_view>
 #include <tuple>
@@ -12,7 +13,12 @@ namespace trel::host {
 
 namespace {
 
-ScenarioPlace placeOf(const YAML::Mark& mark) { return {mark.line + 1, mark.column + 1}; }
+// What the parser knows no place of, such as the root of an empty file, stands at
+// the beginning.
+ScenarioPlace placeOf(const YAML::Mark& mark) {
+    if (mark.is_null()) return {1, 1};
+    return {mark.line + 1, mark.column + 1};
+}
 
 class Reader {
 public:
@@ -131,13 +137,11 @@ private:
     Scenario& scenario_;
 };
 
-}  // namespace
-
-Scenario Scenario::read(const std::filesystem::path& file) {
+Scenario make(const std::string& name, const std::function<YAML::Node()>& load) {
     Scenario scenario;
-    scenario.file = file.string();
+    scenario.file = name;
     try {
-        Reader(scenario).read(YAML::LoadFile(scenario.file));
+        Reader(scenario).read(load());
     } catch (const YAML::BadFile&) {
         throw scenario.fault({}, "cannot be read; check the name and that you may read it");
     } catch (const YAML::Exception& error) {
@@ -145,6 +149,16 @@ Scenario Scenario::read(const std::filesystem::path& file) {
                              fmt::format("{}; correct the YAML here", error.msg));
     }
     return scenario;
+}
+
+}  // namespace
+
+Scenario Scenario::read(const std::filesystem::path& file) {
+    return make(file.string(), [&] { return YAML::LoadFile(file.string()); });
+}
+
+Scenario Scenario::fromText(const std::string& text, const std::string& name) {
+    return make(name, [&] { return YAML::Load(text); });
 }
 
 Failure Scenario::fault(ScenarioPlace place, const std::string& text) const {

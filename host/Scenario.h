@@ -54,6 +54,9 @@ struct Scenario {
     /// \throws Failure (file invalid) with line, column and remedy.
     static Scenario read(const std::filesystem::path& file);
 
+    /// The same from text; `name` stands for the file in messages.
+    static Scenario fromText(const std::string& text, const std::string& name);
+
     /// What is wrong at a place of the file, as read() reports it.
     Failure fault(ScenarioPlace place, const std::string& text) const;
 };

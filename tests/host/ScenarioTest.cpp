@@ -73,6 +73,12 @@ TEST_F(ScenarioTest, AFaultInTheFileHasItsPlaceAndRemedy) {
               "s.yaml:1:1: a scenario is a map; write until, step or timeline");
 }
 
+TEST_F(ScenarioTest, AnEmptyFileIsRefusedAtItsBeginning) {
+    EXPECT_EQ(fault(""), "s.yaml:1:1: a scenario is a map; write until, step or timeline");
+    EXPECT_EQ(fault("# nothing\n"),
+              "s.yaml:1:1: a scenario is a map; write until, step or timeline");
+}
+
 TEST_F(ScenarioTest, WhatIsNoYamlHasItsPlace) {
     const std::string text = fault("timeline:\n  - at: [1s\n");
     EXPECT_EQ(text.rfind("s.yaml:3:1: ", 0), 0u) << text;
