@@ -1,5 +1,6 @@
 #include "smartcomp/StationLogic.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -12,7 +13,8 @@ namespace trel::smartcomp {
 
 namespace {
 
-// Every component in the object table, as it stands now.
+// Every component in the object table, as it stands now, by id: in which order
+// they are asked is the same in every process.
 std::vector<std::pair<unsigned, SmartComponent*>> allComponents() {
     std::vector<std::pair<unsigned, SmartComponent*>> components;
     auto& manager = *sdf::SdfManager::inst();
@@ -20,6 +22,7 @@ std::vector<std::pair<unsigned, SmartComponent*>> allComponents() {
     for (const auto& [id, object] : manager.objects())
         if (auto* const component = dynamic_cast<SmartComponent*>(object))
             components.emplace_back(id, component);
+    std::ranges::sort(components, {}, [](const auto& entry) { return entry.first; });
     return components;
 }
 

@@ -1,8 +1,17 @@
 #include "platform/sdf/SdfManager.h"
 
 #include <mutex>
+#include <random>
 
 namespace sdf {
+
+std::uint64_t IdHash::processSalt() {
+    static const std::uint64_t salt = [] {
+        std::random_device random;
+        return static_cast<std::uint64_t>(random()) << 32 | random();
+    }();
+    return salt;
+}
 
 SdfManager* SdfManager::inst() {
     static auto* const manager = new SdfManager;

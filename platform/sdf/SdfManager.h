@@ -9,15 +9,19 @@ namespace sdf {
 
 class SdfObject;
 
-/// Spreads neighbouring ids, and ids chosen to differ by the size of a table,
-/// over the whole of it.
+/// Spreads ids over the whole of a table, whichever they are: who chooses the ids
+/// of a file does not know the salt, which every process has for itself.
 struct IdHash {
+    std::uint64_t salt = processSalt();
+
     std::size_t operator()(unsigned id) const {
-        std::uint64_t x = id * 0x9E3779B97F4A7C15ull;
+        std::uint64_t x = (id + salt) * 0x9E3779B97F4A7C15ull;
         x ^= x >> 32;
         x *= 0xD6E8FEB86659FD93ull;
         return static_cast<std::size_t>(x ^ (x >> 32));
     }
+
+    static std::uint64_t processSalt();
 };
 
 /// The document manager: the table of all document objects by id. It owns none

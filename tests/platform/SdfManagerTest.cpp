@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
+#include <iostream>
 #include <mutex>
-#include <set>
+#include <random>
 #include <vector>
 
 #include "platform/sdf/SdfObject.h"
@@ -64,6 +66,45 @@ TEST(SdfManager, IdsThatDifferByAMultipleOfTheTableAreSpread) {
         fullest = std::max(fullest, table.bucket_size(b));
     table.clear();
     EXPECT_LT(fullest, 20u);
+}
+
+// As many ids as wanted that fall into few of `buckets` under a hash.
+template <typename Hash>
+std::vector<unsigned> colliding(const Hash& hash, std::size_t buckets, std::size_t count) {
+    constexpr std::size_t few = 32;
+    std::vector<unsigned> ids;
+    for (unsigned id = 1; ids.size() != count && id != 0; ++id)
+        if (hash(id) % buckets < few) ids.push_back(id);
+    return ids;
+}
+
+// The ids of a file may be chosen by somebody who knows how large the table will
+// be and how it spreads ids, but not the salt of the process.
+TEST(SdfManager, IdsChosenToCollideCostNoMoreThanOthers) {
+    constexpr std::size_t count = 50'000;
+    auto& table = SdfManager::inst()->objects();
+    const auto fill = [&](const std::vector<unsigned>& ids) {
+        for (const unsigned id : ids) table.emplace(id, nullptr);
+        for (const unsigned id : ids) SdfManager::inst()->find(id);
+        for (const unsigned id : ids) SdfManager::Remove(id);
+    };
+    const auto costOf = [&](const std::vector<unsigned>& ids) {
+        return trel::test::leastTime([] { return 0; }, [&](int) { fill(ids); });
+    };
+    std::mt19937 random(1);
+    std::vector<unsigned> others(count);
+    std::ranges::generate(others, [&] { return static_cast<unsigned>(random()); });
+    const double usual = costOf(others);
+
+    sdf::IdHash ofAnotherProcess;
+    ofAnotherProcess.salt = 1;
+    const std::size_t buckets = table.bucket_count();
+    const double chosen = costOf(colliding(ofAnotherProcess, buckets, count));
+    const double plain = costOf(colliding(std::hash<unsigned>(), buckets, count));
+    std::cout << "of the cost of random ids: " << chosen / usual << " where they collide with "
+              << "another salt, " << plain / usual << " where they are equal modulo the table\n";
+    EXPECT_LT(chosen, 5 * usual);
+    EXPECT_LT(plain, 5 * usual);
 }
 
 TEST(SdfManager, DroppingAnObjectDoesNotGrowWithTheTable) {
