@@ -32,6 +32,12 @@ unsigned largestId(const Table& table, unsigned least) {
     return least;
 }
 
+unsigned behind(unsigned largest) {
+    if (largest == std::numeric_limits<unsigned>::max())
+        throw std::length_error("no id is left behind 4294967295");
+    return largest + 1;
+}
+
 }  // namespace
 
 Aggregation::Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
@@ -324,13 +330,15 @@ void Aggregation::swapWithNeighbour(unsigned id, int step) {
 
 // Free ids.
 
-unsigned Aggregation::getNextPropertyId() const { return largestId(getProperties(), 10) + 1; }
+unsigned Aggregation::getNextPropertyId() const {
+    return behind(largestId(getProperties(), 10));
+}
 
-unsigned Aggregation::getNextSignalId() const { return largestId(getSignals(), 0) + 1; }
+unsigned Aggregation::getNextSignalId() const { return behind(largestId(getSignals(), 0)); }
 
 unsigned Aggregation::getNextSgConnId() const {
     if (!largestConnectionId_) largestConnectionId_ = largestId(connections_, 0);
-    return *largestConnectionId_ + 1;
+    return behind(*largestConnectionId_);
 }
 
 void Aggregation::setRoleObject(unsigned id) {

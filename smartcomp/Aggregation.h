@@ -107,6 +107,7 @@ public:
     /// One more than the largest in use; nothing reserves them. Properties 1 to
     /// 10 are kept for those that a type fixes; connections and bindings share
     /// theirs.
+    /// \throws std::length_error where 4294967295 is in use.
     /// @{
     unsigned getNextPropertyId() const;
     unsigned getNextSignalId() const;
