@@ -22,7 +22,7 @@ using smartcomp::SmartComponent;
 using smartcomp::StationLogic;
 
 constexpr std::string_view special = "/.#\"\\";
-constexpr unsigned maxDepth = 10'000;  // of nested components, in case they form a ring
+constexpr unsigned mostNames = 64;  // of a path: deeper nesting, or a ring, begins with an id
 
 // The number in "#5"; empty for any other step.
 std::optional<unsigned> idIn(std::string_view step) {
@@ -136,16 +136,16 @@ std::string quoted(const std::string& name) {
 
 std::string pathOf(unsigned objectId) {
     std::string path;
-    for (unsigned depth = 0; depth != maxDepth; ++depth) {
+    for (unsigned names = 0; names != mostNames; ++names) {
         const sdf::SdfObject* const object = objectOf(objectId);
-        if (!object) return fmt::format("#{}{}", objectId, path);
+        if (!object) break;
         path = quoted(object->name()) + path;
         const auto* const component = dynamic_cast<const SmartComponent*>(object);
-        if (!component || component->isStationLogic() || component->isTopLevel()) break;
+        if (!component || component->isStationLogic() || component->isTopLevel()) return path;
         objectId = component->getObjParentId();
         path.insert(0, "/");
     }
-    return path;
+    return fmt::format("#{}{}", objectId, path);
 }
 
 std::string pathOf(const Member& member) {

@@ -33,7 +33,7 @@ public:
 
     std::string print() {
         line(0, "station {}", quoted(GetStationElem()->name()));
-        component(*StationLogic::inst(), 0);
+        components();
         for (const Controller* const controller : controllersNow()) {
             line(1, "{}  controller  #{}", quoted(controller->name()), controller->id());
             signals(controller->id(), 2);
@@ -44,9 +44,29 @@ public:
 private:
     template <typename... Parts>
     void line(unsigned depth, fmt::format_string<Parts...> form, Parts&&... parts) {
-        text_.append(2 * depth, ' ');
+        constexpr unsigned widest = 64;  // what stands deeper begins in this column
+        text_.append(2 * std::min(depth, widest), ' ');
         fmt::format_to(std::back_inserter(text_), form, std::forward<Parts>(parts)...);
         text_ += '\n';
+    }
+
+    // Each followed by what it contains. They may nest as deep as they like.
+    void components() {
+        struct Place {
+            unsigned id;
+            unsigned depth;
+        };
+        std::vector<Place> waiting = {{StationLogic::inst()->id(), 0}};
+        while (!waiting.empty()) {
+            const auto [id, depth] = waiting.back();
+            waiting.pop_back();
+            const SmartComponent* const found = componentOf(id);
+            if (!found) continue;
+            component(*found, depth);
+            const auto [begin, end] = children_.equal_range(id);
+            for (auto child = end; child != begin;)
+                waiting.push_back({(--child)->second, depth + 1});
+        }
     }
 
     void component(const SmartComponent& component, unsigned depth) {
@@ -57,10 +77,6 @@ private:
         signals(component.id(), depth + 1);
         if (const auto* const aggregation = dynamic_cast<const Aggregation*>(&component))
             edges(*aggregation, depth + 1);
-        const auto [begin, end] = children_.equal_range(component.id());
-        for (auto child = begin; child != end; ++child)
-            if (const SmartComponent* const inner = componentOf(child->second))
-                this->component(*inner, depth + 1);
     }
 
     void properties(unsigned object, unsigned depth) {
