@@ -121,7 +121,7 @@ public:
 protected:
     /// Reads what it contains: pose, role object, connections, children and
     /// their diagram positions. Indices with gaps or repeats are made dense, and
-    /// written so.
+    /// written so. Where that throws, the element stays in the document.
     Aggregation(std::shared_ptr<sdf::Element> element, sdf::ObjectType type);
 
     /// As the base operation, and then into the children connected to the input,

@@ -24,7 +24,8 @@ namespace trel::smartcomp {
 /// Makes a component from an element that describes it whole and stands where
 /// it belongs. The parent is not told.
 /// \throws std::logic_error "object exists" if its id is taken; the component is
-/// then lost.
+/// then lost. Where memory ends before it is in the object table, it is destroyed,
+/// and its element stays.
 SmartComponent* Create(std::shared_ptr<sdf::Element> element);
 
 /// Makes a new component of a registered type, with a new element, as a child

@@ -174,6 +174,11 @@ std::vector<Operation> operationsOfComponents() {
              scene.lamp().notifySignalValueChanged(1);
              scene.lamp().notifyPropertyValueChanged(1);
          }},
+        {"the choices of a property",
+         [](Scene& scene) {
+             scene.answer = std::to_string(scene.lamp().getEnumPropertyList(1, longText).size() +
+                                           scene.lamp().validatePropertyValue(1, longText));
+         }},
         {"getPropertyValueImpl", [](Scene& scene) { scene.lamp().getPropertyValueImpl(1); }},
         {"getPropertyDouble",
          [](Scene& scene) {

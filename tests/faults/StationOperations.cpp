@@ -154,6 +154,14 @@ std::vector<Operation> operationsOfAggregations() {
                  scene.answer = std::to_string(scene.cell().getChildXY(lamp).value().second);
              }),
         sets("setRoleObject", [](Scene& scene) { scene.cell().setRoleObject(7); }),
+        sets("AnyOfDescendant",
+             [](Scene& scene) {
+                 const auto isInner = [](const sdf::SdfObject* object) {
+                     return object->id() == inner;
+                 };
+                 scene.answer =
+                     std::to_string(sdf::SdfObject::AnyOfDescendant(cell, isInner, true));
+             }),
         sets("isObjectUsed",
              [](Scene& scene) { scene.answer = std::to_string(scene.cell().isObjectUsed(7)); }),
         {"StationLogic::addController",
@@ -204,6 +212,7 @@ std::vector<Operation> operationsOfDeliveries() {
              [](Scene& scene) { scene.lamp().setStaticSignalValue(4, 1); }),
         sets("setStaticSignalValue of an input",
              [](Scene& scene) { scene.lamp().setStaticSignalValue(1, 1); }),
+        sets("setDstSignalValue", [](Scene&) { Plain::setDstSignalValue(group, 1, 1); }),
         sets("setStaticSignalValue of a group's input",
              [](Scene& scene) { scene.group().setStaticSignalValue(1, 1); }),
         sets("handleSignalValue of an output",

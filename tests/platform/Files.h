@@ -36,8 +36,9 @@ inline void writeBytes(const std::filesystem::path& file, std::string_view bytes
 /// A folder that is there while the object lives.
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "trel-test-XXXXXX").string();
+    explicit TemporaryFolder(
+        const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = (parent / "trel-test-XXXXXX").string();
         EXPECT_NE(::mkdtemp(name.data()), nullptr);
         path_ = name;
     }
