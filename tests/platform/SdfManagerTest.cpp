@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <ctime>
 #include <functional>
 #include <iostream>
+#include <limits>
 #include <mutex>
 #include <random>
 #include <vector>
@@ -89,7 +91,14 @@ TEST(SdfManager, IdsChosenToCollideCostNoMoreThanOthers) {
         for (const unsigned id : ids) SdfManager::Remove(id);
     };
     const auto costOf = [&](const std::vector<unsigned>& ids) {
-        return trel::test::leastTime([] { return 0; }, [&](int) { fill(ids); });
+        // Of the processor: whoever else is at work does not count.
+        std::clock_t least = std::numeric_limits<std::clock_t>::max();
+        for (int i = 0; i != 7; ++i) {
+            const std::clock_t start = std::clock();
+            fill(ids);
+            least = std::min(least, std::clock() - start);
+        }
+        return static_cast<double>(least);
     };
     std::mt19937 random(1);
     std::vector<unsigned> others(count);
