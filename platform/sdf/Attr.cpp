@@ -22,7 +22,26 @@ Attr::~Attr() = default;
 Attr::Attr(Attr&&) noexcept = default;
 Attr& Attr::operator=(Attr&&) noexcept = default;
 
+namespace {
+
+// Whether both hold a T, and `to` has taken the value of `from` where it stands.
+template <typename T>
+bool assignAs(std::any& to, const std::any& from) {
+    T* const held = std::any_cast<T>(&to);
+    const T* const given = held ? std::any_cast<T>(&from) : nullptr;
+    if (given) *held = *given;
+    return given != nullptr;
+}
+
+}  // namespace
+
 void Attr::set(const std::any& value) {
+    // What changes again and again keeps its type, and then its place.
+    if (assignAs<int>(value_, value) || assignAs<std::string>(value_, value) ||
+        assignAs<double>(value_, value) ||
+        assignAs<trel::rob::Vec3Template<double>>(value_, value) ||
+        assignAs<trel::rob::PoseTemplate<double>>(value_, value))
+        return;
     Type(value.type());  // may throw: the old value stays
     value_ = value;
 }
@@ -30,6 +49,12 @@ void Attr::set(const std::any& value) {
 std::any Attr::exchange(std::any value) {
     if (value.has_value()) Type(value.type());  // may throw: the old value stays
     return std::exchange(value_, std::move(value));
+}
+
+bool Attr::setText(std::string_view text) {
+    auto* const held = std::any_cast<std::string>(&value_);
+    if (held) *held = text;
+    return held != nullptr;
 }
 
 const std::string& Attr::Type(const std::type_info& type) {

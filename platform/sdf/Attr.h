@@ -32,6 +32,10 @@ public:
     /// taken too, and allocates as little as any other.
     std::any exchange(std::any value);
 
+    /// Takes a text in the place of a text; false, and nothing done, where it holds
+    /// anything else.
+    bool setText(std::string_view text);
+
     std::string_view name() const { return name_ ? *name_ : std::string_view(); }
     const std::string& type() const { return Type(value_.type()); }
     const std::any& value() const { return value_; }

@@ -1,6 +1,7 @@
 #include "platform/sdf/Element.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <unordered_map>
@@ -88,7 +89,12 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
     return note;
 }
 
-Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) {}
+Element::Element(Key, Kind kind, std::string_view tag) : head_(tag), kind_(kind), tag_(tag) {}
+
+Element::TagHead::TagHead(std::string_view tag)
+    : bytes(0), size(static_cast<std::uint32_t>(tag.size())) {
+    std::memcpy(&bytes, tag.data(), std::min(tag.size(), sizeof bytes));
+}
 
 Element::~Element() {
     // Neither a long row nor a deep tree may recurse: the children of a dying
@@ -146,20 +152,20 @@ std::shared_ptr<Element> Element::setId(unsigned id) {
 
 std::shared_ptr<Element> Element::touch(std::string_view name) {
     if (name.empty()) return shared_from_this();
-    if (Element* const key = find(name)) return key->shared_from_this();
+    if (const Element* const key = find(name)) return owning(*key);
     return append(name);
 }
 
 std::shared_ptr<Element> Element::get(std::string_view name) {
     if (name.empty()) return shared_from_this();
-    Element* const key = find(name);
-    return key ? key->shared_from_this() : nullptr;
+    const Element* const key = find(name);
+    return key ? owning(*key) : nullptr;
 }
 
 std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
     std::vector<std::shared_ptr<Element>> found;
     for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_.get())
-        if (e->kind_ == Kind::Element && e->tag_ == name) found.push_back(e->shared_from_this());
+        if (e->kind_ == Kind::Element && e->tag_ == name) found.push_back(owning(*e));
     return found;
 }
 
@@ -236,6 +242,7 @@ void Element::insertBefore(std::shared_ptr<Element> child, Element* next) noexce
         if (!inner.attr_) inner.attr_ = std::move(attr_);
         attr_.reset();
     }
+    lastFound_ = nullptr;
     e.parent_ = this;
     e.prev_ = next ? next->prev_ : last_;
     std::shared_ptr<Element>& slot = e.prev_ ? e.prev_->next_ : first_;
@@ -252,20 +259,32 @@ std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     (child.next_ ? child.next_->prev_ : last_) = child.prev_;
     slot = std::move(child.next_);
     child.prev_ = child.parent_ = nullptr;
+    lastFound_ = nullptr;
     --childCount_;
     return taken;
 }
 
 // The first node of that tag; notes have tags that are no keys.
 Element* Element::find(std::string_view name) const {
+    if (!first_) return nullptr;
+    const TagHead head(name);
+    const auto isIt = [&](const Element& e) {
+        return e.head_ == head && (head.size <= sizeof head.bytes || e.tag_ == name);
+    };
+    if (lastFound_ && isIt(*lastFound_)) return lastFound_;
     if (index_) {
         Element* e = index_->first(name);
         while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
         return e;
     }
     for (Element* e = first_.get(); e; e = e->next_.get())
-        if (e->tag_ == name && e->kind_ != Kind::Instruction) return e;
+        if (isIt(*e) && e->kind_ != Kind::Instruction) return lastFound_ = e;
     return nullptr;
+}
+
+// The pointer that keeps a child alive.
+const std::shared_ptr<Element>& Element::owning(const Element& child) const {
+    return child.prev_ ? child.prev_->next_ : first_;
 }
 
 const Element& Element::holder() const {
@@ -314,6 +333,14 @@ trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
     return as<trel::rob::PoseTemplate<double>>(name);
 }
 
+// Puts a value into this very node, in the place of the old one if it can.
+void Element::assignValue(const std::any& value) {
+    if (attr_ && value.has_value())
+        attr_->set(value);
+    else
+        exchangeValue(value);
+}
+
 // Puts a value into this very node and gives the old one back.
 std::any Element::exchangeValue(std::any value) {
     std::any old;
@@ -326,12 +353,9 @@ std::any Element::exchangeValue(std::any value) {
     return old;
 }
 
-void Element::setValue(std::any value) {
+void Element::setValue(const std::any& value) {
     Element& e = holder();
-    if (observers().empty()) {
-        e.exchangeValue(std::move(value));
-        return;
-    }
+    if (observers().empty()) return e.assignValue(value);
     const auto kept = e.shared_from_this();
     std::any old = e.exchangeValue(value);
     try {
@@ -349,7 +373,8 @@ void Element::restoreValue(std::any value) {
 }
 
 void Element::setValueFromString(std::string_view text) {
-    const Element& e = holder();
+    Element& e = holder();
+    if (e.attr_ && observers().empty() && e.attr_->setText(text)) return;
     setValue(e.attr_ ? valuetext::parse(e.attr_->type(), text) : std::any(std::string(text)));
 }
 

@@ -2,6 +2,7 @@
 
 #include <any>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -143,7 +144,7 @@ public:
     /// one takes the value away.
     /// \throws std::invalid_argument for any other type, and what an observer
     /// throws; the value is then the old one.
-    void setValue(std::any value);
+    void setValue(const std::any& value);
 
     /// Gives the element the value that it had when the document was saved. That
     /// is no news: observers are not told.
@@ -188,7 +189,17 @@ private:
     friend class ElementMirror;
     class TagIndex;
 
+    // A tag in one word, but for what lies behind its first eight bytes.
+    struct TagHead {
+        explicit TagHead(std::string_view tag);
+        bool operator==(const TagHead&) const = default;
+
+        std::uint64_t bytes;
+        std::uint32_t size;
+    };
+
     Element* find(std::string_view name) const;
+    const std::shared_ptr<Element>& owning(const Element& child) const;
     const Element& holder() const;
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
@@ -196,17 +207,24 @@ private:
     void insertBefore(std::shared_ptr<Element> child, Element* next) noexcept;
     std::shared_ptr<Element> unlink(Element& child) noexcept;
     std::any exchangeValue(std::any value);
+    void assignValue(const std::any& value);
     template <typename T>
     T as(std::string_view name) const;
 
+    // What finding and writing a key needs stands together.
+    TagHead head_;
+    std::shared_ptr<Element> next_;
+    std::shared_ptr<Element> first_;  // children, each owning the next
+    mutable Element* lastFound_ = nullptr;  // the first child of its tag
+    Element* prev_ = nullptr;
+    Element* parent_ = nullptr;
+    std::optional<Attr> attr_;
+
+    Kind kind_;
+    Place place_;
     std::string tag_;
     std::unique_ptr<const std::string> name_;
-    std::optional<Attr> attr_;
-    Element* parent_ = nullptr;
-    std::shared_ptr<Element> first_;  // children, each owning the next
     Element* last_ = nullptr;
-    std::shared_ptr<Element> next_;
-    Element* prev_ = nullptr;
     std::unique_ptr<TagIndex> index_;  // once there are many children
     Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
     Element* prevAlike_ = nullptr;
@@ -214,8 +232,6 @@ private:
     unsigned id_ = 0;
     unsigned mirrors_ = 0;
     bool wasMirrored_ = false;
-    Place place_;
-    Kind kind_;
 };
 
 /// The element of a document object. While the object or a copy of it lives,

@@ -1,6 +1,7 @@
 #include "platform/sdf/SdfContainer.h"
 
 #include <algorithm>
+#include <ranges>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -9,23 +10,26 @@
 
 namespace sdf {
 
+SdfContainer::Contents::Contents(const Contents& other) : children(other.children) {
+    for (auto child = children.begin(); child != children.end(); ++child)
+        places.emplace(child->id, child);
+}
+
 SdfContainer::SdfContainer(const SdfContainer& other) : SdfNode(other) { *this = other; }
 
 SdfContainer& SdfContainer::operator=(const SdfContainer& other) {
-    auto children = other.children_;
-    decltype(places_) places;
-    for (auto child = children.begin(); child != children.end(); ++child)
-        places.emplace(child->id, child);
+    auto contents = other.contents_ ? std::make_unique<Contents>(*other.contents_) : nullptr;
     SdfNode::operator=(other);
-    children_ = std::move(children);
-    places_ = std::move(places);
+    contents_ = std::move(contents);
     return *this;
 }
 
 void SdfContainer::addObjChild(std::shared_ptr<Element> child) {
     const unsigned id = child->asUInt("");
     std::list<Child> one{{id, std::move(child)}};
-    if (places_.try_emplace(id, one.begin()).second) children_.splice(children_.end(), one);
+    if (!contents_) contents_ = std::make_unique<Contents>();
+    auto& [children, places] = *contents_;
+    if (places.try_emplace(id, one.begin()).second) children.splice(children.end(), one);
 }
 
 void SdfContainer::addObjChildWithSdf(unsigned id) {
@@ -33,36 +37,39 @@ void SdfContainer::addObjChildWithSdf(unsigned id) {
     auto child = Element::Create("child");
     child->setValue(id);
     std::list<Child> one{{id, child}};
-    const auto place = places_.try_emplace(id, one.begin()).first;
+    if (!contents_) contents_ = std::make_unique<Contents>();
+    auto& [children, places] = *contents_;
+    const auto place = places.try_emplace(id, one.begin()).first;
     try {
         element()->append(std::move(child));
     } catch (...) {
-        places_.erase(place);
+        places.erase(place);
         throw;
     }
-    children_.splice(children_.end(), one);
+    children.splice(children.end(), one);
 }
 
 void SdfContainer::removeObjChildWithSdf(unsigned id) {
-    const auto entry = places_.find(id);
-    if (entry == places_.end()) return;
+    if (!hasObjChild(id)) return;
+    auto& [children, places] = *contents_;
+    const auto entry = places.find(id);
     const auto child = entry->second;
     child->element->removeFromParent();
-    places_.erase(entry);
-    children_.erase(child);
+    places.erase(entry);
+    children.erase(child);
 }
 
 void SdfContainer::moveChild(unsigned id, unsigned place) {
-    const auto entry = places_.find(id);
-    if (entry == places_.end()) return;
-    const auto child = entry->second;
+    if (!hasObjChild(id)) return;
+    auto& [children, places] = *contents_;
+    const auto child = places.at(id);
     // The child that shall stand behind it, counted without the one that moves.
-    auto next = children_.begin();
-    for (unsigned i = 0; next != children_.end(); ++next)
+    auto next = children.begin();
+    for (unsigned i = 0; next != children.end(); ++next)
         if (next != child && i++ == place) break;
     element()->moveBefore(*child->element,
-                          next == children_.end() ? nullptr : next->element.get());
-    children_.splice(next, children_, child);
+                          next == children.end() ? nullptr : next->element.get());
+    children.splice(next, children, child);
 }
 
 bool SdfContainer::anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
@@ -73,9 +80,9 @@ bool SdfContainer::anyOfDescendant(const std::function<bool(const SdfObject*)>& 
     std::unordered_set<unsigned> seen{id()};
     std::vector<unsigned> waiting;
     const auto enter = [&](const SdfContainer& container) {
-        for (auto child = container.children_.rbegin(); child != container.children_.rend();
-             ++child)
-            waiting.push_back(child->id);
+        if (!container.contents_) return;
+        for (const Child& child : std::views::reverse(container.contents_->children))
+            waiting.push_back(child.id);
     };
     enter(*this);
     while (!waiting.empty()) {

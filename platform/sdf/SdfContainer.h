@@ -30,7 +30,7 @@ public:
     /// the document; beyond the end it becomes the last. Nothing if it is none.
     virtual void moveChild(unsigned id, unsigned place);
 
-    bool hasObjChild(unsigned id) const { return places_.contains(id); }
+    bool hasObjChild(unsigned id) const { return contents_ && contents_->places.contains(id); }
 
 private:
     struct Child {
@@ -42,8 +42,15 @@ private:
     bool anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
                          bool itself) const override;
 
-    std::list<Child> children_;
-    std::unordered_map<unsigned, std::list<Child>::iterator> places_;
+    struct Contents {
+        Contents() = default;
+        Contents(const Contents& other);
+
+        std::list<Child> children;
+        std::unordered_map<unsigned, std::list<Child>::iterator> places;
+    };
+
+    std::unique_ptr<Contents> contents_;  // once there is a child: most have none
 };
 
 }  // namespace sdf

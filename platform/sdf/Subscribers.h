@@ -24,10 +24,12 @@ public:
         const auto place = std::find(all_.begin(), all_.end(), &subscriber);
         if (place == all_.end()) return;
         // The places must hold still while a notice walks them.
-        if (depth_ > 0)
+        if (depth_ > 0) {
             *place = nullptr;
-        else
+            hasLeft_ = true;
+        } else {
             all_.erase(place);
+        }
     }
 
     bool empty() const { return all_.empty(); }
@@ -47,7 +49,7 @@ private:
     public:
         explicit Walk(Subscribers& owner) : owner_(owner) { ++owner_.depth_; }
         ~Walk() {
-            if (--owner_.depth_ == 0) std::erase(owner_.all_, nullptr);
+            if (--owner_.depth_ == 0 && owner_.hasLeft_) owner_.sweep();
         }
         Walk(const Walk&) = delete;
         Walk& operator=(const Walk&) = delete;
@@ -56,7 +58,13 @@ private:
         Subscribers& owner_;
     };
 
+    void sweep() {
+        std::erase(all_, nullptr);
+        hasLeft_ = false;
+    }
+
     std::vector<Subscriber*> all_;
+    bool hasLeft_ = false;  // during a notice; its place is empty
     std::size_t depth_ = 0;
 };
 

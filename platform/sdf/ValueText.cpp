@@ -145,8 +145,8 @@ bool visitValue(const std::any& value, const Visit& visit) {
         if (held) visit(*held);
         return held != nullptr;
     };
-    return as(std::type_identity<int>{}) || as(std::type_identity<double>{}) ||
-           as(std::type_identity<std::string>{}) || as(std::type_identity<bool>{}) ||
+    return as(std::type_identity<std::string>{}) || as(std::type_identity<int>{}) ||
+           as(std::type_identity<double>{}) || as(std::type_identity<bool>{}) ||
            as(std::type_identity<unsigned>{}) || as(std::type_identity<unsigned long long>{}) ||
            as(std::type_identity<Vec3>{}) || as(std::type_identity<Pose>{});
 }
