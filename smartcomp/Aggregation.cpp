@@ -134,11 +134,11 @@ void Aggregation::handleInputSignal(unsigned signalId, int value, long long time
 }
 
 void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
+    TableReading reading;
     // To a component: inwards there are no controllers.
-    deliverAlong(*this, id(), signalAt(signalId), value,
-                 [time](unsigned component, unsigned signal, int delivered) {
-                     objectAs<SmartComponent>(component).handleSignalValue(signal, delivered,
-                                                                           time);
+    deliverAlong(reading, *this, id(), signalAt(signalId), value,
+                 [time](sdf::SdfObject* object, unsigned signal, InputHint& hint, int delivered) {
+                     as<SmartComponent>(object).handle(signal, hint, delivered, time);
                  });
 }
 
@@ -151,7 +151,8 @@ void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {
 }
 
 void Aggregation::propagateStaticInputSignal(unsigned signalId, SignalValue value) {
-    deliverAlong(*this, id(), signalAt(signalId), value, setDstSignalValue);
+    TableReading reading;
+    deliverAlong(reading, *this, id(), signalAt(signalId), value, deliverStatic);
 }
 
 // Children.
@@ -270,17 +271,21 @@ void Aggregation::beforeEdit() {
     wired_.plainWalks = 0;
 }
 
-// Null when a plain walk over the order is cheaper: over few connections, and
-// after an edit until as much has been walked as making the wiring takes.
-const Wiring* Aggregation::wiring(Served served) {
-    constexpr unsigned fewConnections = 4;
+// Null while a plain walk over the order is cheaper: after an edit, until about as
+// much has been walked as making the wiring takes.
+const Wiring* Aggregation::makeWiring(Served served) {
     constexpr unsigned worthOfWiring = 8;  // plain walks
     if (wired_.isCopy) beforeEdit();
     if (served == Served::Connections && !wired_.connections &&
-        (order_.size() <= fewConnections || ++wired_.plainWalks <= worthOfWiring))
+        ++wired_.plainWalks <= worthOfWiring)
         return nullptr;
     auto& wiring = served == Served::Connections ? wired_.connections : wired_.bindings;
-    if (!wiring) wiring = std::make_unique<const Wiring>(inOrderOfService(served));
+    if (!wiring) {
+        auto connections = inOrderOfService(served);
+        if (served == Served::Bindings)
+            std::erase_if(connections, [](const Connection* c) { return !c->isBinding(); });
+        wiring = std::make_unique<const Wiring>(connections);
+    }
     return wiring.get();
 }
 

@@ -160,7 +160,11 @@ private:
     Aggregation(const Aggregation& other, Shared&& shared);
 
     void beforeEdit();
-    const Wiring* wiring(Served served);
+    const Wiring* wiring(Served served) {
+        const auto& made = served == Served::Connections ? wired_.connections : wired_.bindings;
+        return made && !wired_.isCopy ? made.get() : makeWiring(served);
+    }
+    const Wiring* makeWiring(Served served);
     std::vector<const Connection*> inOrderOfService(Served served) const;
     std::vector<std::unique_ptr<Connection>> loadConnections();
     Connection* addConnection(std::unique_ptr<Connection> connection);

@@ -78,14 +78,16 @@ void Connection::SetComponentId(std::shared_ptr<sdf::Element> end, unsigned comp
 
 void Connection::modify(unsigned srcComponentId, unsigned srcSignalId, unsigned dstComponentId,
                         unsigned dstSignalId) {
-    if (!matchSrc(srcComponentId, srcSignalId)) beforeEdit();
+    const End source = pack(srcComponentId, srcSignalId);
+    const End destination = pack(dstComponentId, dstSignalId);
+    if (source != source_ || destination != destination_) beforeEdit();
     const auto replace = [this](End& end, std::string_view key, End wanted) {
         if (end == wanted) return;
         end = wanted;
         write(element(), key, wanted);
     };
-    replace(source_, "source", pack(srcComponentId, srcSignalId));
-    replace(destination_, "destination", pack(dstComponentId, dstSignalId));
+    replace(source_, "source", source);
+    replace(destination_, "destination", destination);
 }
 
 void Connection::setIndex(unsigned index) {

@@ -43,6 +43,21 @@ public:
     /// no connection that was made from it.
     static void SetComponentId(std::shared_ptr<sdf::Element> end, unsigned componentId);
 
+    /// \name An end as the document holds it
+    /// The component in the high half, its signal or property in the low half.
+    /// @{
+    using End = unsigned long long;
+
+    static constexpr End pack(unsigned componentId, unsigned memberId) {
+        return (End{componentId} << 32) | memberId;
+    }
+    static constexpr unsigned componentOf(End end) { return static_cast<unsigned>(end >> 32); }
+    static constexpr unsigned memberOf(End end) { return static_cast<unsigned>(end); }
+
+    End source() const { return source_; }
+    End destination() const { return destination_; }
+    /// @}
+
     unsigned getSrcComponentId() const { return componentOf(source_); }
     unsigned getSrcSignalId() const { return memberOf(source_); }
     unsigned getSrcPropertyId() const { return memberOf(source_); }
@@ -73,16 +88,6 @@ public:
 
 private:
     friend class Aggregation;
-
-    // What the document holds: the component in the high half, its signal or
-    // property in the low half.
-    using End = unsigned long long;
-
-    static constexpr End pack(unsigned componentId, unsigned memberId) {
-        return (End{componentId} << 32) | memberId;
-    }
-    static constexpr unsigned componentOf(End end) { return static_cast<unsigned>(end >> 32); }
-    static constexpr unsigned memberOf(End end) { return static_cast<unsigned>(end); }
 
     explicit Connection(std::shared_ptr<sdf::Element> element);
     void beforeEdit();

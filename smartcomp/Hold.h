@@ -2,9 +2,11 @@
 
 #include <cstddef>
 
-namespace trel::smartcomp {
+#include "smartcomp/Removals.h"
+#include "smartcomp/SmartComponent.h"
+#include "smartcomp/Stack.h"
 
-class SmartComponent;
+namespace trel::smartcomp {
 
 /// Keeps a component alive through a call. While one is held, removing it takes
 /// it out of the document and the object table at once, and deleting one of its
@@ -18,18 +20,45 @@ class Hold {
 public:
     /// \throws std::runtime_error when the calls nest so deeply that the stack of
     /// this thread is nearly used up.
-    explicit Hold(SmartComponent& component);
+    [[gnu::always_inline]] explicit Hold(SmartComponent& component)
+        : component_((knowStack(), component)),
+          removals_(Removals::count()) {
+        checkStack();
+        ++component.held_.holds;
+        Removals::enter();
+    }
+
+    /// The same for a call that is only ever made while something is held.
+    struct Nested {};
+    [[gnu::always_inline]] Hold(SmartComponent& component, Nested)
+        : component_(component), removals_(Removals::count()) {
+        checkStack();
+        ++component.held_.holds;
+        Removals::enter();
+    }
 
     /// May destroy the component.
-    ~Hold();
+    [[gnu::always_inline]] ~Hold() {
+        Removals::leave();
+        if (--component_.held_.holds == 0 && component_.held_.remains) component_.bury();
+    }
     Hold(const Hold&) = delete;
     Hold& operator=(const Hold&) = delete;
 
+    SmartComponent& component() const { return component_; }
+
     /// \name What was removed since the hold was taken
     /// @{
-    bool goneComponent(unsigned component) const;
-    bool goneSignal(unsigned component, unsigned signal) const;
-    bool goneProperty(unsigned component, unsigned property) const;
+    bool goneAny() const { return removals_ != Removals::count(); }
+    bool goneComponent(unsigned component) const {
+        return Removals::contain(removals_, Removals::What::Component, component, 0);
+    }
+    bool goneSignal(unsigned component, unsigned signal) const {
+        return Removals::contain(removals_, Removals::What::Signal, component, signal);
+    }
+    bool goneProperty(unsigned component, unsigned property) const {
+        return Removals::contain(removals_, Removals::What::Property, component, property);
+    }
     /// @}
 
 private:

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <any>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <memory>
 #include <mutex>
 #include <shared_mutex>
@@ -27,6 +31,17 @@ const auto& at(const Table& table, const Key& key) {
     const auto entry = table.find(key);
     if (entry == table.end()) throwUnknownKey();
     return entry->second;
+}
+
+/// The same in a table that mostly has a few entries, which are compared sooner
+/// than their keys are hashed.
+template <typename Table, typename Key>
+[[gnu::always_inline]] inline const auto& atFew(const Table& table, const Key& key) {
+    constexpr std::size_t few = 4;
+    if (table.size() > few) return at(table, key);
+    for (const auto& [held, value] : table)
+        if (held == key) return value;
+    throwUnknownKey();
 }
 
 /// What the object table holds under `id`; null also when there is no entry. The
@@ -56,11 +71,86 @@ inline std::shared_ptr<sdf::Element> elementAt(unsigned id) {
     return object->element();
 }
 
+/// Look-ups in the object table that follow each other without a call into any
+/// object: its lock is held from the first to the last of them.
+class TableReading {
+public:
+    TableReading() = default;
+    ~TableReading() { end(); }
+    TableReading(const TableReading&) = delete;
+    TableReading& operator=(const TableReading&) = delete;
+
+    /// \throws as `at`.
+    sdf::SdfObject* next(unsigned id) {
+        if (!manager_) manager_ = begin();
+        return objectIn(*manager_, id);
+    }
+
+    /// The same, and lets the lock go.
+    sdf::SdfObject* last(unsigned id) {
+        sdf::SdfObject* const object = next(id);
+        end();
+        return object;
+    }
+
+    void end() {
+        if (manager_) std::exchange(manager_, nullptr)->mutex().unlock_shared();
+    }
+
+private:
+    // Both apart from the deliveries, which nest and have no stack to spare.
+    [[gnu::noinline]] static sdf::SdfManager* begin() {
+        sdf::SdfManager* const manager = sdf::SdfManager::inst();
+        manager->mutex().lock_shared();
+        return manager;
+    }
+    [[gnu::noinline]] static sdf::SdfObject* objectIn(sdf::SdfManager& manager, unsigned id) {
+        return at(manager.objects(), id);
+    }
+
+    sdf::SdfManager* manager_ = nullptr;  // while its lock is held
+};
+
+/// An object as a `T`, or null if it is none: `dynamic_cast`, which alone would cost
+/// more than the rest of a delivery. Objects that share a virtual table hold their T
+/// at the same place, so what was found for one is kept for all.
+template <typename T>
+class Casts {
+public:
+    static T* of(sdf::SdfObject* object) {
+        const void* table;
+        std::memcpy(&table, static_cast<const void*>(object), sizeof table);
+        Known& known = all_[reinterpret_cast<std::uintptr_t>(table) / 16 % all_.size()];
+        if (known.table != table) [[unlikely]] return anew(object, table, known);
+        return reinterpret_cast<T*>(reinterpret_cast<char*>(object) + known.offset);
+    }
+
+private:
+    struct Known {
+        const void* table = nullptr;
+        std::ptrdiff_t offset = 0;  // of the T in the object
+    };
+
+    [[gnu::noinline]] static T* anew(sdf::SdfObject* object, const void* table, Known& known) {
+        T* const cast = dynamic_cast<T*>(object);
+        if (cast)
+            known = {table, reinterpret_cast<char*>(cast) - reinterpret_cast<char*>(object)};
+        return cast;
+    }
+
+    static inline constinit std::array<Known, 64> all_{};
+};
+
+template <typename T>
+T* castTo(sdf::SdfObject* object) {
+    return object ? Casts<T>::of(object) : nullptr;
+}
+
 /// An object as the `T` that it has to be.
 /// \throws std::bad_cast if it is null or something else.
 template <typename T>
 T& as(sdf::SdfObject* object) {
-    if (auto* const wanted = dynamic_cast<T*>(object)) return *wanted;
+    if (auto* const wanted = castTo<T>(object)) return *wanted;
     throw std::bad_cast();
 }
 

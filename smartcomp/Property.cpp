@@ -5,6 +5,7 @@
 #include <cmath>
 #include <iomanip>
 #include <sstream>
+#include <typeinfo>
 #include <utility>
 
 #include "platform/rob/RotationTemplate.h"
@@ -97,12 +98,17 @@ Property* Property::setUnit(const std::string& unit) {
 }
 
 Property* Property::setValue(const std::string& value) {
-    std::any old = element()->value();
+    // A text is put back from its mirror, without a copy.
+    const bool wasText = element()->value().type() == typeid(std::string);
+    const std::any old = wasText ? std::any() : element()->value();
     element()->setValueFromString(value);
     try {
         value_ = element()->getStringFromValue();
     } catch (...) {
-        element()->setValue(std::move(old));
+        if (wasText)
+            element()->setValueFromString(value_);
+        else
+            element()->setValue(old);
         throw;
     }
     return this;

@@ -6,10 +6,12 @@
 #include <string_view>
 
 #include "platform/sdf/SdfObject.h"
+#include "smartcomp/Hints.h"
 
 namespace trel::smartcomp {
 
 class SmartComponent;
+class Walk;
 
 /// The types of a property: the places of their names in the table of type
 /// names.
@@ -88,6 +90,8 @@ public:
     static std::optional<unsigned> typeIndexOf(std::string_view name);
 
 private:
+    friend class Walk;
+
     explicit Property(std::shared_ptr<sdf::Element> element);
 
     std::string getDoubleDisplayValue(const std::string& value);
@@ -103,6 +107,7 @@ private:
     PropertyType typeIndex_;
     bool visible_;
     bool readOnly_;
+    RouteHint routeHint_;
 };
 
 }  // namespace trel::smartcomp

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 namespace trel::smartcomp {
 
@@ -13,35 +12,31 @@ class Removals {
 public:
     enum class What { Component, Signal, Property };
 
-    static Removals& inst();
-
-    std::size_t count() const { return entries_.size(); }
+    static std::size_t count() { return count_; }
 
     /// Whether a component, or that member of it, was removed since there were
     /// `since` entries.
-    bool contains(std::size_t since, What what, unsigned component, unsigned member) const;
+    static bool contain(std::size_t since, What what, unsigned component, unsigned member) {
+        return since != count_ && search(since, what, component, member);
+    }
 
     /// So that the next `add` throws nothing.
-    void makeRoom();
+    static void makeRoom();
 
     /// Notes a removal; `member` is 0 for a component. Nothing while no component
     /// is held.
-    void add(What what, unsigned component, unsigned member);
+    static void add(What what, unsigned component, unsigned member);
 
-    void enter() { ++holds_; }
-    void leave() {
-        if (--holds_ == 0) entries_.clear();
+    static void enter() { ++holds_; }
+    static void leave() {
+        if (--holds_ == 0) count_ = 0;
     }
 
 private:
-    struct Entry {
-        What what;
-        unsigned component;
-        unsigned member;
-    };
+    static bool search(std::size_t since, What what, unsigned component, unsigned member);
 
-    std::vector<Entry> entries_;
-    std::size_t holds_ = 0;
+    static inline constinit std::size_t holds_ = 0;
+    static inline constinit std::size_t count_ = 0;
 };
 
 }  // namespace trel::smartcomp

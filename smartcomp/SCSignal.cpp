@@ -50,15 +50,16 @@ SCSignal* SCSignal::Create(SmartComponent* component, std::shared_ptr<sdf::Eleme
 }
 
 SCSignal::SCSignal(std::shared_ptr<sdf::Element> element)
-    : description_(element->asString("description")),
-      visible_(element->asBool("uivisible")),
-      autoReset_(element->asBool("auto_reset")),
-      id_(element->getId(true)),
+    : id_(element->getId(true)),
       type_(typeOf(element->asString("type"))),
-      name_(nameOf(*element)),
+      autoReset_(element->asBool("auto_reset")),
+      visible_(element->asBool("uivisible")),
       element_(std::move(element)),
-      value_(valueOf(*element_, type_)),
-      typeName_(element_->asString("type")) {}
+      name_(nameOf(*element_)),
+      description_(element_->asString("description")),
+      typeName_(element_->asString("type")) {
+    value_ = valueOf(*element_, type_);
+}
 
 SCSignal::SCSignal(const SCSignal&) = default;
 SCSignal::SCSignal(SCSignal&&) = default;

@@ -4,11 +4,13 @@
 #include <string>
 
 #include "platform/sdf/Element.h"
+#include "smartcomp/Hints.h"
 #include "smartcomp/SignalInterface.h"
 
 namespace trel::smartcomp {
 
 class SmartComponent;
+class Walk;
 
 /// One input or output of a component, mirrored from its "signal" element.
 /// Owned by its component. Which alternative the value holds follows the last
@@ -67,16 +69,27 @@ public:
     void setDescription(const std::string& text);
 
 private:
+    friend class SmartComponent;
+    friend class Walk;
+
+    // As isInput(), of the only class that signals are made of.
+    bool takes() const {
+        return type_ == SignalType::DigitalInput || type_ == SignalType::AnalogInput ||
+               type_ == SignalType::GroupInput;
+    }
+
     explicit SCSignal(std::shared_ptr<sdf::Element> element);
 
-    std::string description_;
-    bool visible_;
-    bool autoReset_;
+    // What a delivery needs stands together.
     unsigned id_;
     SignalType type_;
-    std::string name_;
-    std::shared_ptr<sdf::Element> element_;
+    bool autoReset_;
+    bool visible_;
     SignalValue value_;
+    std::shared_ptr<sdf::Element> element_;
+    RouteHint routeHint_;
+    std::string name_;
+    std::string description_;
     std::string typeName_;
 };
 

@@ -29,6 +29,11 @@ namespace {
     SignalBroker::reportEvent(code, component.name(), member, value);
 }
 
+[[gnu::noinline]] void deliverToController(sdf::SdfObject* controller, unsigned signalId,
+                                           const SignalValue& value, bool dynamic) {
+    as<ControllerInterface>(controller).setSignalValue(signalId, value, dynamic);
+}
+
 }  // namespace
 
 struct SmartComponent::Remains {
@@ -87,12 +92,12 @@ std::any SmartComponent::getPropertyValueImpl(unsigned) {
 
 // Look-ups and bookkeeping.
 
-[[gnu::noinline]] Property* SmartComponent::getProperty(unsigned id) const { return at(properties_, id); }
+Property* SmartComponent::getProperty(unsigned id) const { return atFew(properties_, id); }
 
-[[gnu::noinline]] SignalInterface* SmartComponent::getSignal(unsigned id) const { return at(signals_, id); }
+SignalInterface* SmartComponent::getSignal(unsigned id) const { return atFew(signals_, id); }
 
 // Only addSignal enters signals, and it takes nothing else.
-[[gnu::noinline]] SCSignal& SmartComponent::signalAt(unsigned id) const {
+SCSignal& SmartComponent::signalAt(unsigned id) const {
     return static_cast<SCSignal&>(*getSignal(id));
 }
 
@@ -105,6 +110,7 @@ Property* SmartComponent::addProperty(Property* property) {
 }
 
 SCSignal* SmartComponent::addSignal(SCSignal* signal) {
+    signalsNumber_ = nextNumber();
     signals_[signal->id()] = signal;
     return signal;
 }
@@ -112,7 +118,7 @@ SCSignal* SmartComponent::addSignal(SCSignal* signal) {
 void SmartComponent::deleteProperty(unsigned id) {
     Property* const property = getProperty(id);
     makeRoom();
-    Removals::inst().add(Removals::What::Property, this->id(), id);
+    Removals::add(Removals::What::Property, this->id(), id);
     properties_.erase(id);
     discard(std::unique_ptr<Property>(property));
 }
@@ -120,7 +126,8 @@ void SmartComponent::deleteProperty(unsigned id) {
 void SmartComponent::deleteSignal(unsigned id) {
     SCSignal* const signal = &signalAt(id);
     makeRoom();
-    Removals::inst().add(Removals::What::Signal, this->id(), id);
+    Removals::add(Removals::What::Signal, this->id(), id);
+    signalsNumber_ = nextNumber();
     signals_.erase(id);
     // Other than a deleted property's, its element leaves the document.
     signal->element()->removeFromParent();
@@ -133,7 +140,7 @@ void SmartComponent::deleteSignal(unsigned id) {
 // Removal while calls are under way.
 
 void SmartComponent::makeRoom() {
-    Removals::inst().makeRoom();
+    Removals::makeRoom();
     if (held_.holds == 0) return;
     if (!held_.remains) held_.remains = std::make_unique<Remains>();
     const auto roomForOne = [](auto& remains) {
@@ -150,7 +157,7 @@ void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
 // Out of the table and the document now; destroyed when nobody holds it.
 void SmartComponent::retire() {
     makeRoom();
-    Removals::inst().add(Removals::What::Component, id(), 0);
+    Removals::add(Removals::What::Component, id(), 0);
     sdf::SdfManager::Remove(id());
     if (held_.holds == 0) {
         delete this;
@@ -158,6 +165,7 @@ void SmartComponent::retire() {
     }
     element()->removeFromParent();
     held_.removed = true;
+    signalsNumber_ = nextNumber();
     held_.remains->component = true;
 }
 
@@ -182,10 +190,6 @@ bool SmartComponent::isTopLevel() const {
     return getObjParentId() == StationLogic::inst()->id();
 }
 
-[[gnu::noinline]] Aggregation& SmartComponent::parentAggregation() const {
-    return objectAs<Aggregation>(getObjParentId());
-}
-
 bool SmartComponent::objectIsInvalid(unsigned id) { return !findObject(id); }
 
 std::string SmartComponent::GetTypeName(unsigned id) {
@@ -205,55 +209,59 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 // Property values.
 
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
+    if (&value != offered_) return setCopyOf(propertyId, value);
     const Hold hold(*this);
-    if (isRemoved()) return;
-    // The caller's text may be the property's own, which changes on the way.
+    if (!beginProperty(hold, propertyId, value) || isStationLogic()) return;
+    TableReading reading;
+    offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), propertyId, value);
+    if (isUser() && !hold.goneProperty(id(), propertyId))
+        offerAlong(reading, as<Aggregation>(this), propertyId, value);
+}
+
+// Anybody's text may change on the way, and a property's own does.
+[[gnu::noinline]] void SmartComponent::setCopyOf(unsigned propertyId, const std::string& value) {
     const std::string text = value;
+    const Offer offer(text);
+    SmartComponent::setPropertyValue(propertyId, text);
+}
+
+// Stores, marks and tells the text; false when it is not to be passed on. Apart from
+// the deliveries, which nest and have no stack to spare.
+[[gnu::noinline]] bool SmartComponent::beginProperty(const Hold& hold, unsigned propertyId,
+                                                     const std::string& text) {
+    if (isRemoved()) return false;
     getProperty(propertyId)->setValue(text);
-    markProperty(propertyId, text);
+    settingPropertyValues_.begin(propertyId, text);
     notifyPropertyValueChanged(propertyId);
-    if (hold.goneProperty(id(), propertyId) || hold.goneComponent(getObjParentId())) return;
-    propagateProperty(propertyId, text);
+    return !hold.goneProperty(id(), propertyId) && !hold.goneComponent(getObjParentId());
 }
 
 bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
     const Property& property = *getProperty(id);
     if (property.value() == value) return false;
-    if (!settingPropertyValues_.contains(id)) return true;
+    if (!settingPropertyValues_.find(id)) return true;
     report("10007", *this, property.name(), value);
     return false;
 }
 
-void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.erase(id); }
-
-void SmartComponent::propagateProperty(unsigned id, const std::string& value) {
-    if (isStationLogic()) return;
-    const Hold hold(*this);
-    offerAlong(parentAggregation(), id, value, true);
-    // Inwards no object type is asked for.
-    if (isUser() && !hold.goneProperty(this->id(), id))
-        offerAlong(as<Aggregation>(this), id, value, false);
+void SmartComponent::endSetPropertyValue(unsigned id) {
+    settingPropertyValues_.end(id);
 }
 
-// Offers the text to every property that a binding of `owner` leads to; if it
-// `asks`, an object that does not suit the destination is not offered.
-void SmartComponent::offerAlong(Aggregation& owner, unsigned id, const std::string& value,
-                                bool asks) {
-    Walk walk(owner, Walk::Over::Bindings, this->id(), id);
-    while (const Connection* const binding = walk.next()) {
-        const unsigned component = binding->getDstComponentId();
-        const unsigned property = binding->getDstPropertyId();
-        if (!walk.reaches(component, property)) continue;
-        SmartComponent& destination = componentAt(component);
-        const Hold hold(destination);
-        if (asks && getProperty(id)->isObjectId() && refusesObject(destination, property, value))
+// Offers the text to every property that a binding of `owner` leads to.
+[[gnu::noinline]] void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
+                                                  unsigned id, const std::string& value) {
+    Walk walk(owner, this->id(), *getProperty(id));
+    while (walk.next()) {
+        auto& destination = as<SmartComponent>(reading.last(walk.component()));
+        const Hold hold(destination, Hold::Nested{});
+        // Inwards no object type is asked for.
+        if (&owner != this && getProperty(id)->isObjectId() &&
+            refusesObject(destination, walk.member(), value))
             continue;
-        if (walk.reaches(component, property)) destination.setPropertyValue(property, value);
+        if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
     }
-}
-
-[[gnu::noinline]] SmartComponent& SmartComponent::componentAt(unsigned id) {
-    return objectAs<SmartComponent>(id);
+    reading.end();
 }
 
 // Whether the object that the text names does not suit the destination, which
@@ -282,10 +290,33 @@ void SmartComponent::getPropertyXYZ(unsigned id, rob::XYZTemplate<double>& out) 
 
 // Signal values while the station is edited.
 
+// False for a component that was removed.
+bool SmartComponent::renew(InputHint& hint, unsigned signalId) const {
+    if (isRemoved()) return false;
+    hint = {signalsNumber_, signalAt(signalId).takes()};
+    return true;
+}
+
+[[gnu::noinline]] void SmartComponent::setStaticAnew(unsigned id, InputHint& hint,
+                                                     const SignalValue& value) {
+    if (renew(hint, id)) setStatic(id, hint, value);
+}
+
+[[gnu::noinline]] void SmartComponent::handleAnew(unsigned id, InputHint& hint, int value,
+                                                  long long time) {
+    if (renew(hint, id)) handle(id, hint, value, time);
+}
+
 void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
     const Hold hold(*this);
-    if (isRemoved()) return;
-    if (getSignal(id)->isInput())
+    InputHint hint;
+    setStatic(id, hint, value);
+}
+
+void SmartComponent::setStatic(unsigned id, InputHint& hint, const SignalValue& value) {
+    if (hint.state != signalsNumber_) [[unlikely]] return setStaticAnew(id, hint, value);
+    const Hold hold(*this, Hold::Nested{});
+    if (hint.isInput)
         setStaticInputSignal(id, value);
     else
         setStaticOutputSignal(id, value);
@@ -297,109 +328,135 @@ void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) 
     signal.setValue(value);
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(signalId);
-    markSignal(signalId, value);
+    settingSignalValues_.begin(signalId, value);
+}
+
+// Whether the signal, the component or its parent was removed under the hold.
+bool SmartComponent::isCutOff(const Hold& hold, unsigned signalId) const {
+    return hold.goneSignal(id(), signalId) || hold.goneComponent(getObjParentId());
+}
+
+[[gnu::noinline]] void SmartComponent::deliverStatic(sdf::SdfObject* destination,
+                                                     unsigned signalId, InputHint& hint,
+                                                     const SignalValue& value) {
+    if (auto* const component = castTo<SmartComponent>(destination))
+        return component->setStatic(signalId, hint, value);
+    deliverToController(destination, signalId, value, false);
+}
+
+inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source, const SignalValue& value) {
+    if (getObjParentId() == 0) return;
+    TableReading reading;
+    deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
+                 deliverStatic);
 }
 
 void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
-    const Hold hold(*this);
-    if (isRemoved() || checkSignalIsSet(id, value)) return;
+    const Hold hold(*this, Hold::Nested{});
+    SCSignal* const signal = beginStaticOutput(hold, id, value);
+    if (!signal) return;
+    propagateStaticOutputSignal(*signal, value);
+    // Not reached after a throw: the mark of an interrupted setting stays.
+    settingSignalValues_.end(id);
+}
+
+// Stores, tells and marks the value; null when it is not to be delivered.
+[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(const Hold& hold, unsigned id,
+                                                              const SignalValue& value) {
+    knowStack();
+    if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
-    if (signal.getValue() == value) return;
+    if (signal.getValue() == value) return nullptr;
     signal.setValue(value);
     // An analog one, too, is the int 0 after its pulse.
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(id);
-    if (isCutOff(hold, id)) return;
-    markSignal(id, value);
-    propagateStaticOutputSignal(id, value);
-    // Not reached after a throw: the mark of an interrupted setting stays.
-    endSetSignalValue(id);
-}
-
-// Whether the signal, the component or its parent was removed under the hold.
-[[gnu::noinline]] bool SmartComponent::isCutOff(const Hold& hold, unsigned signalId) const {
-    return hold.goneSignal(id(), signalId) || hold.goneComponent(getObjParentId());
-}
-
-void SmartComponent::propagateStaticOutputSignal(unsigned id, SignalValue& value) {
-    if (getObjParentId() == 0) return;
-    deliverAlong(parentAggregation(), this->id(), signalAt(id), value,
-                 setDstSignalValue);
+    if (hold.goneAny() && isCutOff(hold, id)) return nullptr;
+    settingSignalValues_.begin(id, value);
+    return &signal;
 }
 
 void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
                                        SignalValue value) {
-    sdf::SdfObject* const object = objectAt(dstComponentId);
-    if (auto* const component = dynamic_cast<SmartComponent*>(object))
-        component->setStaticSignalValue(dstSignalId, value);
-    else
-        as<ControllerInterface>(object).setSignalValue(dstSignalId, value, false);
+    InputHint hint;
+    deliverStatic(objectAt(dstComponentId), dstSignalId, hint, value);
 }
 
 // Signal values while the simulation runs.
 
 void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
     const Hold hold(*this);
-    if (isRemoved()) return;
-    if (getSignal(id)->isInput())
+    InputHint hint;
+    handle(id, hint, value, time);
+}
+
+void SmartComponent::handle(unsigned id, InputHint& hint, int value, long long time) {
+    if (hint.state != signalsNumber_) [[unlikely]] return handleAnew(id, hint, value, time);
+    const Hold hold(*this, Hold::Nested{});
+    if (hint.isInput)
         handleInputSignal(id, value, time);
     else
         handleOutputSignal(id, value, time);
 }
 
+inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value, long long time) {
+    if (isStationLogic()) return;
+    TableReading reading;
+    deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
+                 [time](sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                        int delivered) {
+                     deliverDynamic(destination, signalId, hint, delivered, time);
+                 });
+}
+
+[[gnu::noinline]] void SmartComponent::deliverDynamic(sdf::SdfObject* destination,
+                                                      unsigned signalId, InputHint& hint,
+                                                      int value, long long time) {
+    if (auto* const component = castTo<SmartComponent>(destination))
+        return component->handle(signalId, hint, value, time);
+    deliverToController(destination, signalId, value, true);
+}
+
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
-    const Hold hold(*this);
-    if (isRemoved() || checkSignalIsSet(id, value)) return;
+    const Hold hold(*this, Hold::Nested{});
+    SCSignal* const signal = beginDynamicOutput(hold, id, value);
+    if (!signal) return;
+    propagateDynamicOutputSignal(*signal, value, time);
+    // Not reached after a throw: the mark of an interrupted setting stays.
+    settingSignalValues_.end(id);
+}
+
+// Stores, tells and marks the value; null when it is not to be delivered. Apart
+// from the delivery, which nests and has no stack to spare.
+[[gnu::noinline]] SCSignal* SmartComponent::beginDynamicOutput(const Hold& hold, unsigned id,
+                                                               int value) {
+    knowStack();
+    if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     const int old = signal.getDigitalValue();
-    if (old == value) return;
+    if (old == value) return nullptr;
     signal.setValue(value);
     // Back to what it was, where a static pulse ends at 0.
     if (signal.isAutoReset()) signal.setValue(old);
     notifySignalValueChanged(id);
-    if (isCutOff(hold, id)) return;
-    markSignal(id, value);
-    propagateDynamicOutputSignal(id, value, time);
-    // Not reached after a throw: the mark of an interrupted setting stays.
-    endSetSignalValue(id);
+    if (hold.goneAny() && isCutOff(hold, id)) return nullptr;
+    settingSignalValues_.begin(id, value);
+    return &signal;
 }
 
-void SmartComponent::propagateDynamicOutputSignal(unsigned id, int value, long long time) {
-    if (isStationLogic()) return;
-    deliverAlong(parentAggregation(), this->id(), signalAt(id), value,
-                 [time](unsigned component, unsigned signal, int delivered) {
-                     handleDstSignalValue(component, signal, delivered, time);
-                 });
+// The marks of what is being set.
+
+bool SmartComponent::isBeingSet(unsigned id, const SignalValue& value) {
+    return !settingSignalValues_.empty() && checkSignalIsSet(id, value);
 }
 
-void SmartComponent::handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
-                                          long long time) {
-    sdf::SdfObject* const object = objectAt(dstComponentId);
-    if (auto* const component = dynamic_cast<SmartComponent*>(object))
-        component->handleSignalValue(dstSignalId, value, time);
-    else
-        as<ControllerInterface>(object).setSignalValue(dstSignalId, value, true);
-}
-
-// The marks of what is being set. Kept out of line: deliveries nest, and their
-// stack is for what they need after the next one.
-
-[[gnu::noinline]] bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
-    const auto entry = settingSignalValues_.find(id);
-    if (entry == settingSignalValues_.end()) return false;
-    if (entry->second != value) report("10008", *this, getSignal(id)->getName(), "");
+bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
+    const SignalValue* const set = settingSignalValues_.find(id);
+    if (!set) return false;
+    if (*set != value) report("10008", *this, getSignal(id)->getName(), "");
     return true;
 }
 
-// An entry that is there keeps its value.
-[[gnu::noinline]] void SmartComponent::markSignal(unsigned id, const SignalValue& value) {
-    settingSignalValues_.try_emplace(id, value);
-}
-
-[[gnu::noinline]] void SmartComponent::markProperty(unsigned id, const std::string& value) {
-    settingPropertyValues_.try_emplace(id, value);
-}
-
-[[gnu::noinline]] void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.erase(id); }
+void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.end(id); }
 
 }  // namespace trel::smartcomp

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "platform/layout/AttachableNode.h"
@@ -12,6 +13,8 @@
 #include "platform/rob/XYZTemplate.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/ObjectType.h"
+#include "smartcomp/Hints.h"
+#include "smartcomp/Marks.h"
 #include "smartcomp/SignalInterface.h"
 
 namespace trel::smartcomp {
@@ -21,6 +24,7 @@ class Connection;
 class Hold;
 class Property;
 class SCSignal;
+class TableReading;
 
 /// An object of a robot cell that has properties and signals and reacts when
 /// one changes: the live mirror of one "smart_component" element. It owns its
@@ -199,6 +203,7 @@ protected:
     bool isRemoved() const { return held_.removed; }
 
 private:
+    friend class Aggregation;
     friend class Hold;
     friend class Newcomer;
     friend class Property;
@@ -221,30 +226,52 @@ private:
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
     };
 
+    bool renew(InputHint& hint, unsigned signalId) const;
+    void setStaticAnew(unsigned id, InputHint& hint, const SignalValue& value);
+    void handleAnew(unsigned id, InputHint& hint, int value, long long time);
+    void setStatic(unsigned id, InputHint& hint, const SignalValue& value);
+    void handle(unsigned id, InputHint& hint, int value, long long time);
+    static void deliverStatic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                              const SignalValue& value);
+    // The text that is offered along bindings now, which stays as it is meanwhile.
+    static inline const std::string* offered_ = nullptr;
+    class Offer {
+    public:
+        explicit Offer(const std::string& text) : outer_(std::exchange(offered_, &text)) {}
+        ~Offer() { offered_ = outer_; }
+        Offer(const Offer&) = delete;
+        Offer& operator=(const Offer&) = delete;
+
+    private:
+        const std::string* const outer_;
+    };
+
     void retire();
     void bury();
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
-    void propagateProperty(unsigned id, const std::string& value);
-    void offerAlong(Aggregation& owner, unsigned id, const std::string& value, bool asks);
+    void setCopyOf(unsigned propertyId, const std::string& value);
+    bool beginProperty(const Hold& hold, unsigned propertyId, const std::string& text);
+    void offerAlong(TableReading& reading, Aggregation& owner, unsigned id,
+                    const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
+    static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                               int value, long long time);
+    SCSignal* beginStaticOutput(const Hold& hold, unsigned id, const SignalValue& value);
+    SCSignal* beginDynamicOutput(const Hold& hold, unsigned id, int value);
+    bool isBeingSet(unsigned id, const SignalValue& value);
     bool isCutOff(const Hold& hold, unsigned signalId) const;
-    void markSignal(unsigned id, const SignalValue& value);
-    void markProperty(unsigned id, const std::string& value);
-    Aggregation& parentAggregation() const;
-    static SmartComponent& componentAt(unsigned id);
-    void propagateStaticOutputSignal(unsigned id, SignalValue& value);
-    void propagateDynamicOutputSignal(unsigned id, int value, long long time);
-    static void handleDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, int value,
-                                     long long time);
+    void propagateStaticOutputSignal(SCSignal& source, const SignalValue& value);
+    void propagateDynamicOutputSignal(SCSignal& source, int value, long long time);
 
-    // The settings under way on the current call chain.
-    std::unordered_map<unsigned, std::string> settingPropertyValues_;
-    std::unordered_map<unsigned, SignalValue> settingSignalValues_;
-    PropertyTable properties_;
-    SignalTable signals_;
+    // What a delivery needs stands together.
     Held held_;
+    std::uint64_t signalsNumber_ = nextNumber();  // of the signals as they are, see Hints.h
+    SignalTable signals_;
+    Marks<SignalValue> settingSignalValues_;  // under way on the current call chain
+    Marks<std::string> settingPropertyValues_;
+    PropertyTable properties_;
 };
 
 }  // namespace trel::smartcomp

@@ -3,49 +3,23 @@
 #include <algorithm>
 #include <vector>
 
-#include "smartcomp/Lookup.h"
-#include "smartcomp/Wiring.h"
-
 namespace trel::smartcomp {
 
-Walk::Walk(Aggregation& owner, Over over, unsigned component, unsigned member)
-    : owner_(owner),
-      hold_(owner),
-      outer_(owner.wired_.innermost),
-      component_(component),
-      member_(member),
-      over_(over) {
-    if (const Wiring* const wiring = owner.wiring(over)) {
-        const Wiring::Routes routes = wiring->from(component, member);
-        routes_ = routes.data();
-        end_ = static_cast<unsigned>(routes.size());
-        in_ = In::Routes;
-    }
-    owner.wired_.innermost = this;
-}
-
-Walk::~Walk() {
-    owner_.wired_.innermost = outer_;
-    if (in_ == In::Frozen) delete[] routes_;
-}
-
-const Connection* Walk::next() {
-    if (owner_.isRemoved() || isGone(component_, member_)) return nullptr;
+[[gnu::noinline]] bool Walk::nextClosely() {
+    if (owner().isRemoved() || isGone(component_, member_)) return false;
     while (true) {
         const Connection* connection;
         if (in_ == In::Order) {
-            if (place_ >= owner_.order_.size()) return nullptr;
-            connection = at(owner_.connections_, owner_.order_[place_++]);
+            if (place_ >= owner().order_.size()) return false;
+            connection = at(owner().connections_, owner().order_[place_++]);
         } else {
-            if (place_ >= end_) return nullptr;
-            connection = routes_[place_++];
+            if (place_ >= end_) return false;
+            connection = routes_[place_++].connection;
         }
-        if (suits(*connection)) return connection;
+        if (!suits(*connection)) continue;
+        destination_ = connection->destination();
+        if (!isGone(component(), member())) return true;
     }
-}
-
-bool Walk::reaches(unsigned component, unsigned member) const {
-    return !isGone(component_, member_) && !isGone(component, member);
 }
 
 bool Walk::isGone(unsigned component, unsigned member) const {
@@ -60,17 +34,18 @@ bool Walk::suits(const Connection& connection) const {
 
 // All that lies behind the last one served: one that begins elsewhere now may be
 // modified to begin here before it is reached.
-void Walk::freeze() {
+[[gnu::noinline]] void Walk::freeze() {
     if (in_ == In::Frozen) return;
-    auto rest = owner_.inOrderOfService(over_);
+    const auto rest = owner().inOrderOfService(over_);
     auto next = rest.begin();
     if (in_ == In::Order)
         next += place_;
     else if (place_ > 0)
-        next = std::find(rest.begin(), rest.end(), routes_[place_ - 1]) + 1;
+        next = std::find(rest.begin(), rest.end(), routes_[place_ - 1].connection) + 1;
     end_ = static_cast<unsigned>(rest.end() - next);
-    auto* const frozen = new const Connection*[end_];
-    std::copy(next, rest.end(), frozen);
+    auto* const frozen = new Wiring::Route[end_];
+    std::transform(next, rest.end(), frozen,
+                   [](const Connection* connection) { return Wiring::Route{connection, 0}; });
     routes_ = frozen;
     place_ = 0;
     in_ = In::Frozen;

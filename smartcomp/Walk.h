@@ -1,11 +1,12 @@
 #pragma once
 
-#include <cstddef>
-
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
 #include "smartcomp/Hold.h"
+#include "smartcomp/Lookup.h"
+#include "smartcomp/Property.h"
 #include "smartcomp/SCSignal.h"
+#include "smartcomp/Wiring.h"
 
 namespace trel::smartcomp {
 
@@ -19,22 +20,48 @@ namespace trel::smartcomp {
 /// before.
 class Walk {
 public:
-    using Over = Aggregation::Served;
+    /// A walk along the connections that begin at a signal of a component.
+    Walk(Aggregation& owner, unsigned component, SCSignal& source)
+        : Walk(owner, Over::Connections, component, source.id(), source.routeHint_) {}
 
-    /// A walk along what begins at a signal (or, over bindings, a property) of a
-    /// component.
-    Walk(Aggregation& owner, Over over, unsigned component, unsigned member);
-    ~Walk();
+    /// A walk along the bindings that begin at a property of a component.
+    Walk(Aggregation& owner, unsigned component, Property& source)
+        : Walk(owner, Over::Bindings, component, source.id(), source.routeHint_) {}
+
+    ~Walk() {
+        owner().wired_.innermost = outer_;
+        if (in_ == In::Frozen) delete[] routes_;
+    }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
-    /// The next connection that begins there now; null when there is none, or
-    /// when its source or the aggregation was removed.
-    const Connection* next();
+    /// Goes to the next connection that begins there now and whose destination was
+    /// not removed since the walk began; false when there is none, or when its source
+    /// or the aggregation was removed.
+    bool next() {
+        if (in_ != In::Routes || hold_.goneAny()) [[unlikely]] return nextClosely();
+        if (place_ == end_) return false;
+        destination_ = routes_[place_++].destination;
+        return true;
+    }
 
-    /// Whether neither the source nor that destination was removed since the walk
+    /// \name Where it leads
+    /// @{
+    unsigned component() const { return Connection::componentOf(destination_); }
+    unsigned member() const { return Connection::memberOf(destination_); }
+
+    /// Of no use to anybody once the walk was frozen.
+    InputHint& hint() const {
+        static InputHint none;
+        return in_ == In::Routes ? routes_[place_ - 1].hint : none = {};
+    }
+    /// @}
+
+    /// Whether neither the source nor the destination was removed since the walk
     /// began.
-    bool reaches(unsigned component, unsigned member) const;
+    bool reaches() const {
+        return !hold_.goneAny() || (!isGone(component_, member_) && !isGone(component(), member()));
+    }
 
     /// Keeps what is yet to serve, once.
     void freeze();
@@ -42,6 +69,8 @@ public:
     Walk* outer() const { return outer_; }
 
 private:
+    using Over = Aggregation::Served;
+
     // What the places are counted in.
     enum class In : unsigned char {
         Order,   // the aggregation's order, all of it
@@ -49,14 +78,30 @@ private:
         Frozen,  // what was yet to serve at the first edit, owned
     };
 
+    Walk(Aggregation& owner, Over over, unsigned component, unsigned member, RouteHint& hint)
+        : hold_(owner, Hold::Nested{}),
+          outer_(owner.wired_.innermost),
+          component_(component),
+          member_(member),
+          over_(over) {
+        if (const Wiring* const wiring = owner.wiring(over)) {
+            const RouteHint& routes = wiring->from(component, member, hint);
+            routes_ = wiring->routes() + routes.first;
+            end_ = routes.end - routes.first;
+            in_ = In::Routes;
+        }
+        owner.wired_.innermost = this;
+    }
+    Aggregation& owner() const { return static_cast<Aggregation&>(hold_.component()); }
+    bool nextClosely();
     bool isGone(unsigned component, unsigned member) const;
     bool suits(const Connection& connection) const;
 
     // Deliveries nest: every word counts here.
-    Aggregation& owner_;
     const Hold hold_;
     Walk* const outer_;
-    const Connection* const* routes_ = nullptr;
+    const Wiring::Route* routes_ = nullptr;
+    Connection::End destination_ = 0;
     const unsigned component_;
     const unsigned member_;
     unsigned place_ = 0;  // of the next
@@ -68,18 +113,19 @@ private:
 /// Delivers `value` along the signal connections of `owner` that begin at
 /// `source`, a signal of `component`, front to back. An auto-reset signal sends a
 /// pulse: each destination gets 0 right after the value. Who calls holds the
-/// component.
+/// component, and may have begun to read the object table.
 template <typename Value, typename Deliver>
-void deliverAlong(Aggregation& owner, unsigned component, const SCSignal& source,
-                  const Value& value, const Deliver& deliver) {
-    Walk walk(owner, Walk::Over::Connections, component, source.id());
-    while (const Connection* const connection = walk.next()) {
-        const unsigned dstComponent = connection->getDstComponentId();
-        const unsigned dstSignal = connection->getDstSignalId();
-        if (walk.reaches(dstComponent, dstSignal)) deliver(dstComponent, dstSignal, value);
-        if (source.isAutoReset() && walk.reaches(dstComponent, dstSignal))
-            deliver(dstComponent, dstSignal, Value(0));
+[[gnu::always_inline]] inline void deliverAlong(TableReading& reading, Aggregation& owner,
+                                                unsigned component, SCSignal& source,
+                                                const Value& value, const Deliver& deliver) {
+    static constexpr Value zero(0);
+    Walk walk(owner, component, source);
+    while (walk.next()) {
+        deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);
+        if (source.isAutoReset() && walk.reaches())
+            deliver(reading.last(walk.component()), walk.member(), walk.hint(), zero);
     }
+    reading.end();
 }
 
 }  // namespace trel::smartcomp

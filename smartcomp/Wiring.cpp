@@ -2,36 +2,26 @@
 
 namespace trel::smartcomp {
 
-namespace {
-
-unsigned long long packed(unsigned component, unsigned member) {
-    return (static_cast<unsigned long long>(component) << 32) | member;
-}
-
-unsigned long long sourceOf(const Connection& connection) {
-    return packed(connection.getSrcComponentId(), connection.getSrcSignalId());
-}
-
-}  // namespace
-
 Wiring::Wiring(const std::vector<const Connection*>& connections)
-    : routes_(connections.size()) {
-    for (const Connection* const connection : connections) ++ranges_[sourceOf(*connection)].size;
+    : number_(nextNumber()), routes_(connections.size()) {
+    // Their number first, as the end of a range from 0.
+    for (const Connection* const connection : connections) ++ranges_[connection->source()].end;
     std::uint32_t place = 0;
     for (auto& [source, range] : ranges_) {
-        range.first = place;
-        place += std::exchange(range.size, 0);
+        const std::uint32_t size = range.end;
+        range = {place, place};
+        place += size;
     }
-    for (const Connection* const connection : connections) {
-        Range& range = ranges_[sourceOf(*connection)];
-        routes_[range.first + range.size++] = connection;
-    }
+    for (const Connection* const connection : connections)
+        routes_[ranges_[connection->source()].end++] = {connection, connection->destination()};
 }
 
-Wiring::Routes Wiring::from(unsigned component, unsigned member) const {
-    const auto range = ranges_.find(packed(component, member));
-    if (range == ranges_.end()) return {};
-    return Routes(routes_).subspan(range->second.first, range->second.size);
+void Wiring::find(unsigned component, unsigned member, RouteHint& hint) const {
+    const auto range = ranges_.find(Connection::pack(component, member));
+    const auto [first, end] = range == ranges_.end() ? Range() : range->second;
+    hint.wiring = number_;
+    hint.first = first;
+    hint.end = end;
 }
 
 }  // namespace trel::smartcomp

@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "smartcomp/Connection.h"
+#include "smartcomp/Hints.h"
 
 namespace trel::smartcomp {
 
@@ -16,21 +15,34 @@ namespace trel::smartcomp {
 /// it before anything of that changes.
 class Wiring {
 public:
-    using Routes = std::span<const Connection* const>;
+    struct Route {
+        const Connection* connection;
+        Connection::End destination;
+        mutable InputHint hint = {};  // of the destination
+    };
 
     explicit Wiring(const std::vector<const Connection*>& connections);
 
-    /// What begins at a signal or property of a component.
-    Routes from(unsigned component, unsigned member) const;
+    /// Where the routes lie that begin at a signal or property of a component;
+    /// `hint` is that member's own.
+    const RouteHint& from(unsigned component, unsigned member, RouteHint& hint) const {
+        if (hint.wiring != number_) find(component, member, hint);
+        return hint;
+    }
+
+    const Route* routes() const { return routes_.data(); }
 
 private:
     struct Range {
         std::uint32_t first = 0;
-        std::uint32_t size = 0;
+        std::uint32_t end = 0;
     };
 
-    std::unordered_map<unsigned long long, Range> ranges_;
-    std::vector<const Connection*> routes_;
+    void find(unsigned component, unsigned member, RouteHint& hint) const;
+
+    const std::uint64_t number_;
+    std::unordered_map<Connection::End, Range> ranges_;
+    std::vector<Route> routes_;
 };
 
 }  // namespace trel::smartcomp

@@ -200,12 +200,12 @@ std::vector<Operation> operationsOfDeliveries() {
          [](Scene& scene) {
              scene.answer = std::to_string(scene.belt().shouldSetProperty(2, longText));
          },
-         [](Scene& scene) { settingProperties(scene.belt())[2] = "this"; },
-         [](Scene& scene) { settingProperties(scene.belt())[2] = "this"; }},
+         [](Scene& scene) { markProperty(scene.belt(), 2, "this"); },
+         [](Scene& scene) { markProperty(scene.belt(), 2, "this"); }},
         {"checkSignalIsSet in a ring",
          [](Scene& scene) { scene.answer = std::to_string(scene.belt().checkSignalIsSet(2, 1)); },
-         [](Scene& scene) { settingSignals(scene.belt())[2] = 2; },
-         [](Scene& scene) { settingSignals(scene.belt())[2] = 2; }},
+         [](Scene& scene) { markSignal(scene.belt(), 2, 2); },
+         [](Scene& scene) { markSignal(scene.belt(), 2, 2); }},
         sets("setStaticSignalValue of an output",
              [](Scene& scene) { scene.lamp().setStaticSignalValue(2, 1); }),
         sets("setStaticSignalValue of a pulse",

@@ -355,8 +355,7 @@ protected:
 
     void endMarks() {
         for (SmartComponent* const node : nodes_) {
-            settingSignals(*node).clear();
-            settingProperties(*node).clear();
+            clearMarks(*node);
         }
     }
 

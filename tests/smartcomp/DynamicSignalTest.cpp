@@ -38,7 +38,7 @@ TEST_F(DynamicSignalTest, AnInputGoesToTheComponentAndNothingIsStored) {
 
 TEST_F(DynamicSignalTest, AnInputIsNeitherComparedNorGuarded) {
     Plain& a = make(10, "A");
-    settingSignals(a)[1] = 1;
+    markSignal(a, 1, 1);
     freshLog();
     a.handleSignalValue(1, 0, 1);
     a.handleSignalValue(1, 0, 2);
@@ -107,7 +107,7 @@ TEST_F(DynamicSignalTest, AnOutputThatHoldsADoubleThrowsBeforeAnythingChanges) {
 
 TEST_F(DynamicSignalTest, TheGuardIsAskedBeforeTheValueIsLookedAt) {
     Plain& a = Draft("Plain", 10, "A").signal(2, "level", "AnalogOutput").make<Plain>();
-    settingSignals(a)[2] = 1;
+    markSignal(a, 2, 1);
     freshLog();
     a.handleSignalValue(2, 1, now);
     EXPECT_EQ(log().lines(), Lines{});
@@ -275,7 +275,7 @@ TEST_F(DynamicSignalTest, TheEventNamesTheSignalAsItIsCalledNow) {
     Plain& a = make(10, "A");
     a.setName("Gate");
     signalOf(a, 2).setName("open");
-    settingSignals(a)[2] = 1;
+    markSignal(a, 2, 1);
     freshLog();
     a.handleSignalValue(2, 2, now);
     EXPECT_EQ(log().lines(), Lines{"event 10008|Gate|open|"});

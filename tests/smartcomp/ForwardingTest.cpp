@@ -92,7 +92,7 @@ TEST_F(ForwardingTest, AnInputWithoutConnectionsIsStillSetResetAndTold) {
 
 TEST_F(ForwardingTest, ADynamicInputIsNeitherComparedNorGuarded) {
     connectBoth(1);
-    settingSignals(box())[1] = 3;
+    markSignal(box(), 1, 3);
     box().handleInputSignal(1, 0, 7);
     box().handleInputSignal(1, 0, 7);
     EXPECT_EQ(log().notices().size(), 2u);
@@ -188,7 +188,7 @@ TEST_F(ForwardingTest, AStaticInputIsNotComparedWithWhatItHolds) {
 
 TEST_F(ForwardingTest, AStaticValueThatComesBackRoundARingDoesNothing) {
     connectBoth(1);
-    settingSignals(box())[1] = 5;
+    markSignal(box(), 1, 5);
     box().setStaticSignalValue(1, 5);
     EXPECT_EQ(log().lines(), Lines{});
     EXPECT_EQ(valueOf(1), SignalValue(0));
@@ -197,7 +197,7 @@ TEST_F(ForwardingTest, AStaticValueThatComesBackRoundARingDoesNothing) {
 
 TEST_F(ForwardingTest, AnotherStaticValueThatComesBackIsEvent10008AndDropped) {
     connectBoth(1);
-    settingSignals(box())[1] = 5;
+    markSignal(box(), 1, 5);
     box().setStaticSignalValue(1, 6);
     EXPECT_EQ(log().lines(), Lines{"event 10008|Box|in|"});
     EXPECT_EQ(valueOf(1), SignalValue(0));
@@ -249,7 +249,7 @@ TEST_F(ForwardingTest, APropertySettingIsFramed) {
 }
 
 TEST_F(ForwardingTest, APropertyThatIsBeingSetRefusesAnotherText) {
-    settingProperties(box())[1] = "newer";
+    markProperty(box(), 1, "newer");
     box().setPropertyValue(1, "new");
     EXPECT_EQ(log().lines(), Lines{"event 10007|Box|Text|new"});
     EXPECT_EQ(box().getProperty(1)->value(), "old");

@@ -310,8 +310,8 @@ TEST_F(SmartComponentTest, APlainComponentIsAbstract) {
 
 TEST_F(SmartComponentTest, ACopySharesThePropertiesAndSignalsOfItsSource) {
     Plain& lamp = lampDraft().make<Plain>();
-    settingProperties(lamp)[1] = "6";
-    settingSignals(lamp)[2] = 1;
+    markProperty(lamp, 1, "6");
+    markSignal(lamp, 2, 1);
     leakOnPurpose([&] {
         auto* const copy = new Plain(lamp);
         EXPECT_EQ(copy->element(), lamp.element());

@@ -321,7 +321,7 @@ TEST_F(StaticSignalTest, APulseThatComesBackIsAConflict) {
 TEST_F(StaticSignalTest, TheGuardIsSilentForTheSameValueOnly) {
     Plain& a = make(10, "A");
     EXPECT_FALSE(a.checkSignalIsSet(2, 1));
-    settingSignals(a)[2] = 1;
+    markSignal(a, 2, 1);
     freshLog();
     EXPECT_TRUE(a.checkSignalIsSet(2, 1));
     EXPECT_EQ(log().lines(), Lines{});
@@ -335,7 +335,7 @@ TEST_F(StaticSignalTest, TheGuardIsSilentForTheSameValueOnly) {
 
 TEST_F(StaticSignalTest, AnOutputInProgressDropsWhateverIsSet) {
     Plain& a = make(10, "A");
-    settingSignals(a)[2] = 1;
+    markSignal(a, 2, 1);
     freshLog();
     a.setStaticSignalValue(2, 3);
     EXPECT_EQ(log().lines(), Lines{"event 10008|A|out|"});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -8,6 +9,7 @@
 
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/Marks.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/SmartComponent.h"
 
@@ -33,16 +35,40 @@ struct Connections {
 template struct Grant<Connections, &smartcomp::Aggregation::connections_>;
 
 struct SettingProperties {
-    using Member = std::unordered_map<unsigned, std::string> smartcomp::SmartComponent::*;
+    using Member = smartcomp::Marks<std::string> smartcomp::SmartComponent::*;
     friend Member get(SettingProperties);
 };
 template struct Grant<SettingProperties, &smartcomp::SmartComponent::settingPropertyValues_>;
 
 struct SettingSignals {
-    using Member = std::unordered_map<unsigned, SignalValue> smartcomp::SmartComponent::*;
+    using Member = smartcomp::Marks<SignalValue> smartcomp::SmartComponent::*;
     friend Member get(SettingSignals);
 };
 template struct Grant<SettingSignals, &smartcomp::SmartComponent::settingSignalValues_>;
+
+struct PropertyMark {
+    using Member = std::optional<std::pair<unsigned, std::string>> smartcomp::Marks<std::string>::*;
+    friend Member get(PropertyMark);
+};
+template struct Grant<PropertyMark, &smartcomp::Marks<std::string>::one_>;
+
+struct MorePropertyMarks {
+    using Member = std::unordered_map<unsigned, std::string> smartcomp::Marks<std::string>::*;
+    friend Member get(MorePropertyMarks);
+};
+template struct Grant<MorePropertyMarks, &smartcomp::Marks<std::string>::table_>;
+
+struct SignalMark {
+    using Member = std::optional<std::pair<unsigned, SignalValue>> smartcomp::Marks<SignalValue>::*;
+    friend Member get(SignalMark);
+};
+template struct Grant<SignalMark, &smartcomp::Marks<SignalValue>::one_>;
+
+struct MoreSignalMarks {
+    using Member = std::unordered_map<unsigned, SignalValue> smartcomp::Marks<SignalValue>::*;
+    friend Member get(MoreSignalMarks);
+};
+template struct Grant<MoreSignalMarks, &smartcomp::Marks<SignalValue>::table_>;
 
 struct TypeIndex {
     using Member = smartcomp::PropertyType smartcomp::Property::*;
@@ -75,14 +101,35 @@ inline smartcomp::Aggregation::ConnectionTable& tableOf(smartcomp::Aggregation& 
     return aggregation.*get(reach::Connections{});
 }
 
-/// The settings under way.
-inline std::unordered_map<unsigned, std::string>& settingProperties(
-    smartcomp::SmartComponent& component) {
-    return component.*get(reach::SettingProperties{});
+template <typename One, typename More, typename Value>
+auto entriesOf(const smartcomp::Marks<Value>& marks) {
+    auto entries = marks.*get(More{});
+    if (const auto& one = marks.*get(One{})) entries.insert(*one);
+    return entries;
 }
-inline std::unordered_map<unsigned, SignalValue>& settingSignals(
-    smartcomp::SmartComponent& component) {
-    return component.*get(reach::SettingSignals{});
+
+/// The settings under way.
+inline auto settingProperties(const smartcomp::SmartComponent& component) {
+    return entriesOf<reach::PropertyMark, reach::MorePropertyMarks>(
+        component.*get(reach::SettingProperties{}));
+}
+inline auto settingSignals(const smartcomp::SmartComponent& component) {
+    return entriesOf<reach::SignalMark, reach::MoreSignalMarks>(
+        component.*get(reach::SettingSignals{}));
+}
+
+/// Makes as if a setting of the member were under way.
+inline void markProperty(smartcomp::SmartComponent& component, unsigned id,
+                         const std::string& value) {
+    (component.*get(reach::SettingProperties{})).begin(id, value);
+}
+inline void markSignal(smartcomp::SmartComponent& component, unsigned id, SignalValue value) {
+    (component.*get(reach::SettingSignals{})).begin(id, value);
+}
+
+inline void clearMarks(smartcomp::SmartComponent& component) {
+    component.*get(reach::SettingProperties{}) = {};
+    component.*get(reach::SettingSignals{}) = {};
 }
 
 inline unsigned typeIndexOf(const smartcomp::Property& property) {
