@@ -6,6 +6,7 @@
 
 #include "host/Clock.h"
 #include "host/Commands.h"
+#include "host/DeepStack.h"
 
 namespace {
 
@@ -83,8 +84,12 @@ int main(int argc, char** argv) {
 
     try {
         app.parse(argc, argv);
-        return codeOf(app.got_subcommand("run") ? run(runOptions, std::cout)
-                                                : show(showOptions, std::cout));
+        ExitCode code = ExitCode::Good;
+        onDeepStack([&] {
+            code = app.got_subcommand("run") ? run(runOptions, std::cout)
+                                             : show(showOptions, std::cout);
+        });
+        return codeOf(code);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? codeOf(ExitCode::Good) : codeOf(ExitCode::Usage);
     } catch (const Failure& failure) {
