@@ -217,8 +217,8 @@ TEST(Threads, OneMayAskForTypeNamesWhileTheOtherMakesAndRemovesTheComponents) {
     std::cout << steps << " steps, " << named << " type names, " << unknown << " unknown ids\n";
 }
 
-// In whatever walk the editing thread is.
-TEST(Threads, OneMayAskWhatIsValidAndForTheInstancesWhileTheOtherEditsAndRuns) {
+// In whatever walk the editing thread is, and whatever it removes there.
+TEST(Threads, OneMayAskWhatIsValidAndForTheInstancesWhileTheOtherEditsInDeliveries) {
     std::atomic<unsigned long> valid = 0;
     std::atomic<unsigned long> invalid = 0;
     unsigned long steps = 0;
@@ -231,10 +231,12 @@ TEST(Threads, OneMayAskWhatIsValidAndForTheInstancesWhileTheOtherEditsAndRuns) {
             EXPECT_EQ(Manager::inst(), manager);
         });
         network::Model model;
+        network::Random edits(1);
+        network::Script script(edits);
         unsigned seed = 0;
         for (const auto start = std::chrono::steady_clock::now(); lasts(start);) {
             network::Random random(++seed);
-            network::TwinStation station(random, model);
+            network::TwinStation station(random, model, &script);
             for (unsigned step = 0; step != 50; ++step, ++steps)
                 ASSERT_EQ(station.act(), "") << "station " << seed << ", step " << step;
         }
