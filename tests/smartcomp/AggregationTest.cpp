@@ -52,6 +52,13 @@ TEST_F(AggregationTest, ABareElementGetsARoleObjectAndNothingElse) {
     EXPECT_EQ(log().writes(), Lines{});
 }
 
+TEST_F(AggregationTest, APoseThatIsNoneIsRefused) {
+    const Draft box = draft();
+    box.element()->touch("pose")->setValue(std::string("upright"));
+    expectThrow<std::invalid_argument>([&] { box.make<Box>(); });
+    EXPECT_FALSE(isInTable(10));
+}
+
 TEST_F(AggregationTest, TheRoleObjectIsRead) {
     const Draft box = draft();
     box.element()->touch("role_object")->setValue(77u);

@@ -246,6 +246,12 @@ TEST_F(ConnectionOrderTest, TheOnlyOneCannotMove) {
     expectUnmovable(1);
 }
 
+TEST_F(ConnectionOrderTest, AConnectionOneBehindTheEndCannotMove) {
+    build(1, 0);
+    build(2, 2);
+    expectUnmovable(2);
+}
+
 TEST_F(ConnectionOrderTest, ABindingCannotMove) {
     buildThree();
     build(4, -1);

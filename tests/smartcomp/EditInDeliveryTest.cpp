@@ -172,6 +172,16 @@ TEST_P(EditInDelivery, ADeletedConnectionNotYetReachedGetsNothing) {
     EXPECT_EQ(reached(), destinations({first(), third()}));
 }
 
+TEST_P(EditInDelivery, AConnectionThatLosesItsIdToAnotherGetsNothing) {
+    sendAnd(destinationOf(first()), [&] {
+        loseOverwrittenEntry([&] {
+            Connection::Build(&cell(), second(), sourceEnd().component, sourceEnd().member, 15, 1,
+                              isBinding() ? -1 : 0);
+        });
+    });
+    EXPECT_EQ(reached(), destinations({first(), third()}));
+}
+
 TEST_P(EditInDelivery, AllConnectionsMayBeDeletedAtOnce) {
     sendAnd(destinationOf(first()), [&] {
         for (const unsigned id : {first(), second(), third()}) cell().deleteConnection(id);

@@ -236,6 +236,14 @@ TEST_F(PropertyTest, SettingReadOnlyTwiceWritesOnce) {
     EXPECT_FALSE(element().asBool("read_only"));
 }
 
+TEST_F(PropertyTest, ASetterThatSkipsGoesOnWithTheSameProperty) {
+    EXPECT_EQ(speed().setReadOnly(speed().isReadOnly()), &speed());
+    EXPECT_EQ(speed().setVisible(speed().isVisible()), &speed());
+    EXPECT_EQ(speed().setUnit(std::string(speed().unit())), &speed());
+    EXPECT_EQ(speed().setType("no such type"), &speed());
+    EXPECT_EQ(log().writes(), Lines{});
+}
+
 TEST_F(PropertyTest, SettingVisibleTwiceWritesOnce) {
     speed().setVisible(false)->setVisible(true)->setVisible(true);
     EXPECT_EQ(log().writes(), Lines{"write Lamp/property 1/uivisible bool 1"});

@@ -2,6 +2,7 @@
 
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
+#include "smartcomp/Removals.h"
 #include "tests/smartcomp/Cell.h"
 
 namespace trel::test {
@@ -76,6 +77,25 @@ TEST_F(RemovalTest, WhatIsRemovedTakesNoValues) {
     EXPECT_EQ(lamp.getProperty(1)->value(), "old");
     EXPECT_TRUE(settingSignals(lamp).empty());
     EXPECT_TRUE(settingProperties(lamp).empty());
+}
+
+TEST_F(RemovalTest, WhatWasRemovedIsForgottenWithTheLastHold) {
+    auto& lamp = Draft("Plain", 10, "Lamp").signal(1, "In", "DigitalInput").make<Plain>();
+    auto& other = Draft("Plain", 11, "Other").make<Plain>();
+    {
+        const smartcomp::Hold first(other);
+        {
+            const smartcomp::Hold second(lamp);
+            lamp.deleteSignal(1);
+            RemoveSubSmartComponent(10);
+            EXPECT_TRUE(second.goneSignal(10, 1));
+        }
+        EXPECT_TRUE(first.goneComponent(10));
+        EXPECT_EQ(smartcomp::Removals::count(), 2u);
+    }
+    EXPECT_EQ(smartcomp::Removals::count(), 0u);
+    RemoveSubSmartComponent(11);
+    EXPECT_EQ(smartcomp::Removals::count(), 0u) << "nobody asks for it";
 }
 
 TEST_F(RemovalTest, AnAggregationThatIsRemovedTakesNoValues) {

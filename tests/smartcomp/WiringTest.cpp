@@ -154,21 +154,42 @@ TEST_F(WiringTest, KnowsAConnectionThatIsAssignedTo) {
     EXPECT_EQ(other.getDstComponentId(), from + 1);
 }
 
+TEST_F(WiringTest, KnowsAnAssignedConnectionByItsNewEnds) {
+    const unsigned from = firstId;
+    for (unsigned i = 1; i != 6; ++i) connect(box(), {from, 2}, {from + i, 1});
+    const unsigned elsewhere = connect(box(), {from + 9, 2}, {from + 7, 1});
+    for (int i = 0; i != 20; ++i) send(from, false);
+
+    leaveUnchecked(box());  // its element is another connection's from here on
+    *box().getConnection(elsewhere) = *box().getConnection(1);
+
+    EXPECT_EQ(send(from, false), (std::vector<unsigned>{from + 1, from + 2, from + 3, from + 4,
+                                                        from + 5, from + 1}));
+    EXPECT_EQ(send(from + 9, false), std::vector<unsigned>{});
+}
+
 // A copy hears nothing of what its source does to the connections.
 TEST_F(WiringTest, KnowsInACopyWhatTheSourceModified) {
     box().element()->append(signalElement(1, "In", "DigitalInput", 0));
     SCSignal::Create(&box(), box().element()->get("signal"));
     for (unsigned i = 0; i != 6; ++i) connect(box(), {boxId, 1}, {firstId + i, 1});
+    const unsigned elsewhere = connect(box(), {firstId, 2}, {firstId + 7, 1});
+    SCSignal& modified = signalOf(component(firstId + 7), 1);
+    Draft bare("Box", 99, "Assigned");
     leakOnPurpose([&] {
-        auto* const copy = new Box(box());
-        for (int value = 1; value != 20; ++value) copy->setStaticSignalValue(1, value);
-        box().getConnection(1)->modify(boxId, 1, firstId + 7, 1);
-        copy->setStaticSignalValue(1, 20);
+        auto* const assigned = new Box(bare.element(), sdf::ObjectType::Component);
+        *assigned = box();
+        int value = 0;
+        for (Box* const copy : {new Box(box()), assigned}) {
+            box().getConnection(elsewhere)->modify(firstId, 2, firstId + 7, 1);
+            for (int i = 0; i != 20; ++i) copy->setStaticSignalValue(1, ++value);
+            EXPECT_NE(modified.getValue(), SignalValue(value));
+            box().getConnection(elsewhere)->modify(boxId, 1, firstId + 7, 1);
+            copy->setStaticSignalValue(1, ++value);
+            EXPECT_EQ(modified.getValue(), SignalValue(value));
+        }
     });
-    expectLost(1);
-    EXPECT_EQ(signalOf(component(firstId), 1).getValue(), SignalValue(19));
-    EXPECT_EQ(signalOf(component(firstId + 7), 1).getValue(), SignalValue(20));
-    EXPECT_EQ(signalOf(component(firstId + 1), 1).getValue(), SignalValue(20));
+    expectLost(2);
 }
 
 TEST_F(WiringTest, KnowsABindingThatBecomesNone) {
