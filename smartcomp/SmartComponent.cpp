@@ -98,7 +98,8 @@ SignalInterface* SmartComponent::getSignal(unsigned id) const { return atFew(sig
 
 // Only addSignal enters signals, and it takes nothing else.
 SCSignal& SmartComponent::signalAt(unsigned id) const {
-    return static_cast<SCSignal&>(*getSignal(id));
+    if (!held_.lastSignal || held_.lastSignal->id() != id) held_.lastSignal = static_cast<SCSignal*>(getSignal(id));
+    return *held_.lastSignal;
 }
 
 bool SmartComponent::hasProperty(unsigned id) const { return properties_.contains(id); }
@@ -111,6 +112,7 @@ Property* SmartComponent::addProperty(Property* property) {
 
 SCSignal* SmartComponent::addSignal(SCSignal* signal) {
     signalsNumber_ = nextNumber();
+    held_.lastSignal = nullptr;
     signals_[signal->id()] = signal;
     return signal;
 }
@@ -128,6 +130,7 @@ void SmartComponent::deleteSignal(unsigned id) {
     makeRoom();
     Removals::add(Removals::What::Signal, this->id(), id);
     signalsNumber_ = nextNumber();
+    held_.lastSignal = nullptr;
     signals_.erase(id);
     // Other than a deleted property's, its element leaves the document.
     signal->element()->removeFromParent();

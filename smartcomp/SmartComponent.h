@@ -213,7 +213,7 @@ private:
 
     struct Remains;
 
-    // A copy is held by nobody.
+    // What is kept from one call to the next. A copy is held by nobody.
     struct Held {
         Held();
         Held(const Held&);
@@ -224,6 +224,7 @@ private:
         bool removed = false;
         bool keepsElement = false;  // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
+        mutable SCSignal* lastSignal = nullptr;  // that was asked for
     };
 
     bool renew(InputHint& hint, unsigned signalId) const;

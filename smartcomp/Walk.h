@@ -28,6 +28,12 @@ public:
     Walk(Aggregation& owner, unsigned component, Property& source)
         : Walk(owner, Over::Bindings, component, source.id(), source.routeHint_) {}
 
+    /// Whether the source is known to have no connections, as most have.
+    static bool meetsNobody(Aggregation& owner, const SCSignal& source) {
+        const auto& wiring = owner.wired_.connections;
+        return wiring && wiring->knowsNone(source.routeHint_) && !owner.wired_.isCopy;
+    }
+
     ~Walk() {
         owner().wired_.innermost = outer_;
         if (in_ == In::Frozen) delete[] routes_;
@@ -78,7 +84,8 @@ private:
         Frozen,  // what was yet to serve at the first edit, owned
     };
 
-    Walk(Aggregation& owner, Over over, unsigned component, unsigned member, RouteHint& hint)
+    [[gnu::always_inline]] Walk(Aggregation& owner, Over over, unsigned component,
+                                unsigned member, RouteHint& hint)
         : hold_(owner, Hold::Nested{}),
           outer_(owner.wired_.innermost),
           component_(component),
@@ -119,6 +126,7 @@ template <typename Value, typename Deliver>
                                                 unsigned component, SCSignal& source,
                                                 const Value& value, const Deliver& deliver) {
     static constexpr Value zero(0);
+    if (Walk::meetsNobody(owner, source)) return reading.end();
     Walk walk(owner, component, source);
     while (walk.next()) {
         deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);

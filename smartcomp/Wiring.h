@@ -30,6 +30,11 @@ public:
         return hint;
     }
 
+    /// Whether a member is known to have no routes by its hint alone.
+    bool knowsNone(const RouteHint& hint) const {
+        return hint.wiring == number_ && hint.first == hint.end;
+    }
+
     const Route* routes() const { return routes_.data(); }
 
 private:

@@ -91,10 +91,6 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
 
 Element::Element(Key, Kind kind, std::string_view tag) : head_(tag), kind_(kind), tag_(tag) {}
 
-Element::TagHead::TagHead(std::string_view tag)
-    : bytes(0), size(static_cast<std::uint32_t>(tag.size())) {
-    std::memcpy(&bytes, tag.data(), std::min(tag.size(), sizeof bytes));
-}
 
 Element::~Element() {
     // Neither a long row nor a deep tree may recurse: the children of a dying
@@ -148,6 +144,34 @@ unsigned Element::getId(bool orZero) const {
 std::shared_ptr<Element> Element::setId(unsigned id) {
     id_ = id;
     return shared_from_this();
+}
+
+inline Element::TagHead::TagHead(std::string_view tag)
+    : bytes(0), size(static_cast<std::uint32_t>(tag.size())) {
+    std::memcpy(&bytes, tag.data(), std::min(tag.size(), sizeof bytes));
+}
+
+// The first node of that tag; notes have tags that are no keys.
+inline Element* Element::find(std::string_view name) const {
+    if (!first_) return nullptr;
+    const TagHead head(name);
+    if (lastFound_ && lastFound_->isCalled(head, name)) return lastFound_;
+    return findAnew(head, name);
+}
+
+inline bool Element::isCalled(const TagHead& head, std::string_view name) const {
+    return head_ == head && (head.size <= sizeof head.bytes || tag_ == name);
+}
+
+[[gnu::noinline]] Element* Element::findAnew(const TagHead& head, std::string_view name) const {
+    if (index_) {
+        Element* e = index_->first(name);
+        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
+        return e;
+    }
+    for (Element* e = first_.get(); e; e = e->next_.get())
+        if (e->isCalled(head, name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
+    return nullptr;
 }
 
 std::shared_ptr<Element> Element::touch(std::string_view name) {
@@ -262,24 +286,6 @@ std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     lastFound_ = nullptr;
     --childCount_;
     return taken;
-}
-
-// The first node of that tag; notes have tags that are no keys.
-Element* Element::find(std::string_view name) const {
-    if (!first_) return nullptr;
-    const TagHead head(name);
-    const auto isIt = [&](const Element& e) {
-        return e.head_ == head && (head.size <= sizeof head.bytes || e.tag_ == name);
-    };
-    if (lastFound_ && isIt(*lastFound_)) return lastFound_;
-    if (index_) {
-        Element* e = index_->first(name);
-        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
-        return e;
-    }
-    for (Element* e = first_.get(); e; e = e->next_.get())
-        if (isIt(*e) && e->kind_ != Kind::Instruction) return lastFound_ = e;
-    return nullptr;
 }
 
 // The pointer that keeps a child alive.

@@ -199,6 +199,8 @@ private:
     };
 
     Element* find(std::string_view name) const;
+    Element* findAnew(const TagHead& head, std::string_view name) const;
+    bool isCalled(const TagHead& head, std::string_view name) const;
     const std::shared_ptr<Element>& owning(const Element& child) const;
     const Element& holder() const;
     Element& holder();
