@@ -12,6 +12,6 @@ namespace trel::smartcomp {
 
 /// Changes whenever a class that types derive from changes its layout or its
 /// table of virtual operations.
-inline constexpr int typeLibraryAbi = 1;
+inline constexpr int typeLibraryAbi = 2;
 
 }  // namespace trel::smartcomp

@@ -1,7 +1,6 @@
 #include "platform/sdf/Element.h"
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <stdexcept>
 #include <unordered_map>
@@ -148,7 +147,7 @@ std::shared_ptr<Element> Element::setId(unsigned id) {
 
 inline Element::TagHead::TagHead(std::string_view tag)
     : bytes(0), size(static_cast<std::uint32_t>(tag.size())) {
-    std::memcpy(&bytes, tag.data(), std::min(tag.size(), sizeof bytes));
+    tag.copy(reinterpret_cast<char*>(&bytes), sizeof bytes);
 }
 
 // The first node of that tag; notes have tags that are no keys.

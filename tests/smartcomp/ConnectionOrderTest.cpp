@@ -1,4 +1,5 @@
 #include <any>
+#include <memory>
 #include <stdexcept>
 
 #include "tests/smartcomp/Cell.h"
@@ -102,7 +103,8 @@ TEST_F(ConnectionOrderTest, BindingsStandInNoOrder) {
 //   1 -> lost, 2 taken again       before: 1 2 3     after: 2 1 3
 TEST_F(ConnectionOrderTest, AConnectionUnderATakenIdReplacesTheOneThatHadIt) {
     buildThree();
-    loseOverwrittenEntry([&] { build(2, 0); });
+    const std::unique_ptr<Connection> lost(box().getConnection(2));
+    build(2, 0);
     EXPECT_EQ(orderOf(box()), (Ids{2, 1, 3}));
     EXPECT_EQ(indicesOf({1, 3}), (Ids{1, 2}));
     EXPECT_EQ(indexOf(2), 0u);
@@ -112,11 +114,13 @@ TEST_F(ConnectionOrderTest, AConnectionUnderATakenIdReplacesTheOneThatHadIt) {
 
 TEST_F(ConnectionOrderTest, ABindingUnderATakenIdClosesTheGap) {
     buildThree();
-    loseOverwrittenEntry([&] { build(2, -1); });
+    const std::unique_ptr<Connection> lost(box().getConnection(2));
+    build(2, -1);
     EXPECT_EQ(orderOf(box()), (Ids{1, 3}));
     EXPECT_EQ(indicesOf({1, 3}), (Ids{0, 1}));
     EXPECT_TRUE(box().getBinding(2));
-    loseOverwrittenEntry([&] { build(2, -1); });
+    const std::unique_ptr<Connection> lostToo(box().getBinding(2));
+    build(2, -1);
     EXPECT_EQ(orderOf(box()), (Ids{1, 3})) << "a binding leaves no gap";
 }
 

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -173,11 +174,10 @@ TEST_P(EditInDelivery, ADeletedConnectionNotYetReachedGetsNothing) {
 }
 
 TEST_P(EditInDelivery, AConnectionThatLosesItsIdToAnotherGetsNothing) {
+    const std::unique_ptr<Connection> lost(tableOf(cell()).at(second()));
     sendAnd(destinationOf(first()), [&] {
-        loseOverwrittenEntry([&] {
-            Connection::Build(&cell(), second(), sourceEnd().component, sourceEnd().member, 15, 1,
-                              isBinding() ? -1 : 0);
-        });
+        Connection::Build(&cell(), second(), sourceEnd().component, sourceEnd().member, 15, 1,
+                          isBinding() ? -1 : 0);
     });
     EXPECT_EQ(reached(), destinations({first(), third()}));
 }
