@@ -1,8 +1,10 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <string>
 
+#include "smartcomp/TypeLibrary.h"
 #include "tests/host/Program.h"
 
 namespace trel::test {
@@ -197,7 +199,8 @@ TEST_F(StationRun, ALibraryThatCannotServeIsNamedWithTheReason) {
     EXPECT_THAT(fault(file()), HasSubstr("cannot be loaded as a library"));
     EXPECT_THAT(fault(library("Nothing")), HasSubstr("lacks the function trelRegisterComponents"));
     EXPECT_THAT(fault(library("OtherLayout")),
-                HasSubstr("was built for class layout 2, this program has 1; build"));
+                HasSubstr(fmt::format("was built for class layout {}, this program has {}; build",
+                                      smartcomp::typeLibraryAbi + 1, smartcomp::typeLibraryAbi)));
     EXPECT_THAT(fault(library("Failing")), HasSubstr("failed while registering its types: no "
                                                      "licence"));
 }
