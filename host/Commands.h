@@ -1,6 +1,8 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -11,25 +13,26 @@
 
 namespace trel::host {
 
-struct RunOptions {
-    std::filesystem::path file;
-    std::optional<std::filesystem::path> scenario;
-    std::optional<Time> until;
-    std::optional<Time> step;
-    std::vector<std::filesystem::path> libraries;
-    std::optional<std::filesystem::path> save;
-    bool show = false;  // the station after the run
-};
+/// What the command line asks for. It prints to `out` and
+/// \throws Failure when it cannot go on.
+using Action = std::function<ExitCode(std::ostream& out)>;
 
-struct ShowOptions {
-    std::filesystem::path file;
-    std::vector<std::filesystem::path> libraries;
-};
+// The subcommands of the program, each with its options and help. The one that
+// the command line names becomes `chosen`.
 
-// The subcommands of the program. They print to `out` and
-// \throws Failure when they cannot go on.
+void addRun(CLI::App& app, Action& chosen);
+void addShow(CLI::App& app, Action& chosen);
 
-ExitCode run(const RunOptions& options, std::ostream& out);
-ExitCode show(const ShowOptions& options, std::ostream& out);
+// What several of them share.
+
+/// The option --components.
+void addLibraries(CLI::App& command, std::vector<std::filesystem::path>& libraries);
+
+/// Loads the library that comes with the program, and these.
+void loadLibraries(const std::vector<std::filesystem::path>& libraries);
+
+/// An option that takes a time, such as "20ms".
+void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target,
+             Time shortest, const std::string& help);
 
 }  // namespace trel::host
