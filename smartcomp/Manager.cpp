@@ -1,6 +1,7 @@
 #include "smartcomp/Manager.h"
 
 #include <QString>
+#include <algorithm>
 #include <unordered_map>
 
 #include "smartcomp/Lookup.h"
@@ -59,6 +60,14 @@ void Manager::registerType(std::string_view name, MakeFunction create, MakeFunct
 
 void Manager::registerVisualType(std::string_view name, VisualFunction visual) {
     state_->visualFunction.emplace(name, visual);
+}
+
+std::vector<Manager::Type> Manager::types() const {
+    std::vector<Type> all;
+    for (const auto& [name, description] : state_->descFunction)
+        all.push_back({name, description});
+    std::ranges::sort(all, {}, &Type::name);
+    return all;
 }
 
 Manager::DescFunction Manager::getDescFunc(std::string_view name) const {

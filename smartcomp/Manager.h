@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 class QString;
 
@@ -42,6 +43,13 @@ public:
 
     /// Registers how a type is dressed; the same rules hold.
     void registerVisualType(std::string_view name, VisualFunction visual);
+
+    struct Type {
+        std::string_view name;
+        DescFunction description;  // null if it was registered without
+    };
+    /// The registered types in the order of their names.
+    std::vector<Type> types() const;
 
 private:
     struct State;

@@ -1,6 +1,7 @@
 #include "smartcomp/Manager.h"
 
 #include <QString>
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 #include <string_view>
@@ -118,6 +119,20 @@ TEST_F(ManagerTest, ANameIsKeptWhereItStands) {
     expectThrow<std::out_of_range>(noKey, [] { descFuncOf("MineA"); });
     name[4] = 'A';
     EXPECT_EQ(descFuncOf("MineA"), describeFirst);
+}
+
+TEST_F(ManagerTest, TheRegisteredTypesAreListedByName) {
+    Manager::inst()->registerType("Zebra", makePlain, makePlain, describeFirst);
+    Manager::inst()->registerType("Ant", makePlain, makePlain, nullptr);
+    Manager::inst()->registerVisualType("OnlySeen", dressFirst);
+    const auto types = Manager::inst()->types();
+    EXPECT_TRUE(std::ranges::is_sorted(types, {}, &Manager::Type::name));
+    const auto descriptionOf = [&](std::string_view name) {
+        return std::ranges::find(types, name, &Manager::Type::name)->description;
+    };
+    EXPECT_EQ(descriptionOf("Zebra"), describeFirst);
+    EXPECT_EQ(descriptionOf("Ant"), nullptr);
+    EXPECT_EQ(std::ranges::count(types, "OnlySeen", &Manager::Type::name), 0);
 }
 
 }  // namespace trel::test
