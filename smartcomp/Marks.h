@@ -47,6 +47,11 @@ public:
             leave(id);
     }
 
+    void clear() {
+        one_.reset();
+        table_.clear();
+    }
+
 private:
     using Table = std::unordered_map<unsigned, Value>;
 

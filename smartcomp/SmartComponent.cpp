@@ -254,17 +254,35 @@ void SmartComponent::endSetPropertyValue(unsigned id) {
 // Offers the text to every property that a binding of `owner` leads to.
 [[gnu::noinline]] void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
                                                   unsigned id, const std::string& value) {
+    if (DeliveryObserver::present()) [[unlikely]]
+        return offerObserved(reading, owner, id, value);
+    Walk walk(owner, this->id(), *getProperty(id));
+    while (walk.next()) offerTo(reading, walk, id, value);
+    reading.end();
+}
+
+[[gnu::noinline]] void SmartComponent::offerObserved(TableReading& reading, Aggregation& owner,
+                                                     unsigned id, const std::string& value) {
     Walk walk(owner, this->id(), *getProperty(id));
     while (walk.next()) {
-        auto& destination = as<SmartComponent>(reading.last(walk.component()));
-        const Hold hold(destination, Hold::Nested{});
-        // Inwards no object type is asked for.
-        if (&owner != this && getProperty(id)->isObjectId() &&
-            refusesObject(destination, walk.member(), value))
-            continue;
-        if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
+        if (!walk.announce(reading, {}, &value)) continue;
+        offerTo(reading, walk, id, value);
+        walk.done({}, &value);
     }
     reading.end();
+}
+
+// Where the walk leads now.
+[[gnu::always_inline]] inline void SmartComponent::offerTo(TableReading& reading, Walk& walk,
+                                                           unsigned id,
+                                                           const std::string& value) {
+    auto& destination = as<SmartComponent>(reading.last(walk.component()));
+    const Hold hold(destination, Hold::Nested{});
+    // Inwards no object type is asked for.
+    if (!walk.isOf(*this) && getProperty(id)->isObjectId() &&
+        refusesObject(destination, walk.member(), value))
+        return;
+    if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
 }
 
 // Whether the object that the text names does not suit the destination, which
@@ -461,5 +479,10 @@ bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
 }
 
 void SmartComponent::endSetSignalValue(unsigned id) { settingSignalValues_.end(id); }
+
+void SmartComponent::clearMarks() {
+    settingSignalValues_.clear();
+    settingPropertyValues_.clear();
+}
 
 }  // namespace trel::smartcomp

@@ -25,6 +25,7 @@ class Hold;
 class Property;
 class SCSignal;
 class TableReading;
+class Walk;
 
 /// An object of a robot cell that has properties and signals and reacts when
 /// one changes: the live mirror of one "smart_component" element. It owns its
@@ -161,6 +162,11 @@ public:
     /// \throws std::bad_variant_access if the output holds a double.
     void handleSignalValue(unsigned id, int value, long long time);
 
+    /// Ends the marks of all settings. One that a throw interrupted leaves its mark
+    /// behind, and the member is passed over until somebody does this; not for a
+    /// component that stands on the call chain.
+    void clearMarks();
+
 protected:
     /// Reads "parent" and builds a property and a signal from each such child.
     /// What was built before a throw is not deleted.
@@ -255,6 +261,9 @@ private:
     bool beginProperty(const Hold& hold, unsigned propertyId, const std::string& text);
     void offerAlong(TableReading& reading, Aggregation& owner, unsigned id,
                     const std::string& value);
+    void offerObserved(TableReading& reading, Aggregation& owner, unsigned id,
+                       const std::string& value);
+    void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
     static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,

@@ -51,4 +51,21 @@ bool Walk::suits(const Connection& connection) const {
     in_ = In::Frozen;
 }
 
+bool Walk::announce(TableReading& reading, const SignalValue& value,
+                    const std::string* text) const {
+    reading.end();
+    DeliveryObserver* const observer = DeliveryObserver::present();
+    return !observer || (observer->before(delivery(value, text)) && reaches());
+}
+
+void Walk::done(const SignalValue& value, const std::string* text) const {
+    if (auto* const observer = DeliveryObserver::present())
+        observer->after(delivery(value, text));
+}
+
+DeliveryObserver::Delivery Walk::delivery(const SignalValue& value,
+                                          const std::string* text) const {
+    return {component_, member_, component(), member(), value, text};
+}
+
 }  // namespace trel::smartcomp

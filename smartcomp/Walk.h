@@ -2,6 +2,7 @@
 
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
+#include "smartcomp/DeliveryObserver.h"
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
@@ -51,6 +52,8 @@ public:
         return true;
     }
 
+    bool isOf(const SmartComponent& owner) const { return &hold_.component() == &owner; }
+
     /// \name Where it leads
     /// @{
     unsigned component() const { return Connection::componentOf(destination_); }
@@ -68,6 +71,12 @@ public:
     bool reaches() const {
         return !hold_.goneAny() || (!isGone(component_, member_) && !isGone(component(), member()));
     }
+
+    /// Whether the observer lets the next delivery through. The object table is not read
+    /// meanwhile: `reading` ends, and whom the observer removes gets nothing.
+    bool announce(TableReading& reading, const SignalValue& value,
+                  const std::string* text = nullptr) const;
+    void done(const SignalValue& value, const std::string* text = nullptr) const;
 
     /// Keeps what is yet to serve, once.
     void freeze();
@@ -101,6 +110,7 @@ private:
     }
     Aggregation& owner() const { return static_cast<Aggregation&>(hold_.component()); }
     bool nextClosely();
+    DeliveryObserver::Delivery delivery(const SignalValue& value, const std::string* text) const;
     bool isGone(unsigned component, unsigned member) const;
     bool suits(const Connection& connection) const;
 
@@ -117,6 +127,25 @@ private:
     In in_ = In::Order;
 };
 
+/// Delivers as `deliverAlong` does while somebody observes: apart from it, because
+/// deliveries nest and have no stack to spare.
+template <typename Value, typename Deliver>
+[[gnu::noinline]] void deliverObserved(TableReading& reading, Aggregation& owner,
+                                       unsigned component, SCSignal& source, const Value& value,
+                                       Deliver deliver) {
+    Walk walk(owner, component, source);
+    const auto deliverOne = [&](const Value& one) {
+        if (!walk.announce(reading, one)) return;
+        deliver(reading.last(walk.component()), walk.member(), walk.hint(), one);
+        walk.done(one);
+    };
+    while (walk.next()) {
+        deliverOne(value);
+        if (source.isAutoReset() && walk.reaches()) deliverOne(Value(0));
+    }
+    reading.end();
+}
+
 /// Delivers `value` along the signal connections of `owner` that begin at
 /// `source`, a signal of `component`, front to back. An auto-reset signal sends a
 /// pulse: each destination gets 0 right after the value. Who calls holds the
@@ -127,6 +156,8 @@ template <typename Value, typename Deliver>
                                                 const Value& value, const Deliver& deliver) {
     static constexpr Value zero(0);
     if (Walk::meetsNobody(owner, source)) return reading.end();
+    if (DeliveryObserver::present()) [[unlikely]]
+        return deliverObserved(reading, owner, component, source, value, deliver);
     Walk walk(owner, component, source);
     while (walk.next()) {
         deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);
