@@ -34,6 +34,14 @@ std::string withUnixLines(std::string_view text) {
     }
 }
 
+std::string textOf(const std::filesystem::path& file) {
+    try {
+        return readFile(file);
+    } catch (const FileFault& fault) {
+        throw DocumentError(file.string(), {}, fault.what());
+    }
+}
+
 }  // namespace
 
 DocumentError::DocumentError(const std::string& file, Element::Place place,
@@ -44,23 +52,39 @@ DocumentError::DocumentError(const std::string& file, Element::Place place,
       fault_(fault) {}
 
 Document Document::read(const std::filesystem::path& file) {
-    std::string text;
-    try {
-        text = readFile(file);
-    } catch (const FileFault& fault) {
-        throw DocumentError(file.string(), {}, fault.what());
-    }
-    return fromText(text, file.string());
+    return fromText(textOf(file), file.string());
+}
+
+Document Document::read(const std::filesystem::path& file, std::vector<ValueFault>& faults) {
+    return fromText(textOf(file), file.string(), faults);
 }
 
 Document Document::fromText(std::string_view text, const std::string& name) {
+    return parsed(text, name, nullptr);
+}
+
+Document Document::fromText(std::string_view text, const std::string& name,
+                            std::vector<ValueFault>& faults) {
+    return parsed(text, name, &faults);
+}
+
+Document Document::parsed(std::string_view text, const std::string& name,
+                          std::vector<ValueFault>* faults) {
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
     std::string lines;
     if (text.find('\r') != std::string_view::npos) text = lines = withUnixLines(text);
     try {
         const bool hasText = checkMarkup(text, maxDepth);
-        DocumentParts parts = readParts(text, hasText);
+        OnValueFault tell;
+        if (faults)
+            tell = [faults, places = PlaceFinder(text)](
+                       const ValueTextFault& fault,
+                       const std::shared_ptr<Element>& element) mutable {
+                faults->push_back(
+                    {fault.kind(), places.placeOf(fault.offset()), fault.what(), element});
+            };
+        DocumentParts parts = readParts(text, hasText, tell);
         Document document(std::move(parts.root));
         document.before_ = std::move(parts.before);
         document.after_ = std::move(parts.after);

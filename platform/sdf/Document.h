@@ -30,6 +30,17 @@ private:
     std::string fault_;
 };
 
+/// An id or a value in a file that a document cannot hold: no number, no value
+/// of its type, or a second one.
+struct ValueFault {
+    enum class Kind { Id, NoId, Value, SecondValue };
+
+    Kind kind;
+    Element::Place place;
+    std::string fault;                 // what is wrong; what is expected
+    std::shared_ptr<Element> element;  // goes without it
+};
+
 /// A document file: a root element, and the notes around it. Its form is made to
 /// be read and compared by people, one key or value to a line:
 ///
@@ -55,9 +66,14 @@ public:
     /// Reads a whole file.
     /// \throws DocumentError for a file that cannot be read or is no document.
     static Document read(const std::filesystem::path& file);
+    static Document read(const std::filesystem::path& file, std::vector<ValueFault>& faults);
 
     /// The same from text; `name` stands for the file in messages.
     static Document fromText(std::string_view text, const std::string& name);
+
+    /// The same, but goes on where ids or values are none, and tells which.
+    static Document fromText(std::string_view text, const std::string& name,
+                             std::vector<ValueFault>& faults);
 
     explicit Document(std::shared_ptr<Element> root);
 
@@ -86,6 +102,9 @@ public:
     void save(const std::filesystem::path& file, const LeftOut& leftOut = {}) const;
 
 private:
+    static Document parsed(std::string_view text, const std::string& name,
+                           std::vector<ValueFault>* faults);
+
     std::shared_ptr<Element> root_;
     std::vector<std::shared_ptr<Element>> before_;  // notes ahead of the root
     std::vector<std::shared_ptr<Element>> after_;   // and behind it

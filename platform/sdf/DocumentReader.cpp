@@ -18,6 +18,7 @@ namespace sdf {
 namespace {
 
 using Kind = Element::Kind;
+using Fault = ValueFault::Kind;
 using pugi::xml_attribute;
 using pugi::xml_node;
 
@@ -47,16 +48,17 @@ std::string_view expectedFor(std::string_view type) {
 }
 
 unsigned idOf(std::string_view text, std::size_t offset) {
-    const auto fail = [&](std::string_view wrong) {
-        throw TextFault(offset, "the id " + xml::quoted(text) + std::string(wrong) +
-                                    "; a whole number from 1 to 4294967295 is expected");
+    const auto fail = [&](std::string_view wrong, Fault kind = Fault::Id) {
+        throw ValueTextFault(kind, offset,
+                             "the id " + xml::quoted(text) + std::string(wrong) +
+                                 "; a whole number from 1 to 4294967295 is expected");
     };
     unsigned id = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), id);
     if (text.empty() || end != text.data() + text.size() || error == std::errc::invalid_argument)
         fail(" is no number");
     if (error != std::errc{}) fail(" does not fit into 32 bits");
-    if (id == 0) fail(" stands for no object");
+    if (id == 0) fail(" stands for no object", Fault::NoId);
     return id;
 }
 
@@ -85,17 +87,23 @@ private:
 
 class Reader {
 public:
-    Reader(std::string_view text, bool hasText) : text_(text), places_(text), hasText_(hasText) {}
+    Reader(std::string_view text, bool hasText, const OnValueFault& onFault)
+        : text_(text), places_(text), hasText_(hasText), onFault_(onFault) {}
 
     DocumentParts parts();
 
 private:
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
-    void attributes(const xml_node& node, Element& e, std::size_t behindTag);
+    void attributes(const xml_node& node, const std::shared_ptr<Element>& e,
+                    std::size_t behindTag);
+    void attribute(const xml_attribute& attribute, Element& e, const AttributeFinder& offsets);
     void ownValue(Element& e, std::string_view type, const char* text,
                   const AttributeFinder& offsets);
-    void children(const xml_node& node, Element& e, bool insideText);
+    void children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText);
+    std::shared_ptr<Element> key(const xml_node& node, const Element& parent, bool insideText);
     std::shared_ptr<Element> note(const xml_node& node);
+    template <typename Reading>
+    void tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const;
     std::shared_ptr<Element> placed(std::shared_ptr<Element> e, std::size_t offset);
 
     bool hasText(const xml_node& node) const;
@@ -104,6 +112,7 @@ private:
     std::string_view text_;
     PlaceFinder places_;
     bool hasText_;
+    const OnValueFault& onFault_;
 };
 
 DocumentParts Reader::parts() {
@@ -128,60 +137,78 @@ std::shared_ptr<Element> Reader::element(const xml_node& node, bool insideText) 
     const std::size_t start = offsetOf(node);
     const std::string_view tag = node.name();
     auto e = placed(Element::Create(tag), start);
-    attributes(node, *e, start + 1 + tag.size());
-    children(node, *e, insideText || (hasText_ && hasText(node)));
+    attributes(node, e, start + 1 + tag.size());
+    children(node, e, insideText || (hasText_ && hasText(node)));
     return e;
 }
 
-void Reader::attributes(const xml_node& node, Element& e, std::size_t behindTag) {
+void Reader::attributes(const xml_node& node, const std::shared_ptr<Element>& e,
+                        std::size_t behindTag) {
     AttributeFinder offsets(text_, behindTag);
-    for (const xml_attribute& attribute : node.attributes()) {
+    for (const xml_attribute& each : node.attributes()) {
         offsets.next();
-        const std::string_view name = attribute.name();
-        if (name == "id") {
-            e.setId(idOf(attribute.value(), offsets.value()));
-        } else if (name == "name") {
-            e.setName(attribute.value());
-        } else if (valuetext::isTypeName(name)) {
-            ownValue(e, name, attribute.value(), offsets);
-        } else {
-            if (name == "value" && e.ownValue())
-                throw TextFault(offsets.name(),
-                                "the element has a value of its own and an attribute \"value\"; "
-                                "one of the two is expected");
-            e.append(placed(Element::CreateNote(Kind::Attribute, name, attribute.value()),
-                            offsets.name()));
-        }
+        tolerantly(e, [&] { attribute(each, *e, offsets); });
+    }
+}
+
+void Reader::attribute(const xml_attribute& attribute, Element& e,
+                       const AttributeFinder& offsets) {
+    const std::string_view name = attribute.name();
+    if (name == "id") {
+        e.setId(idOf(attribute.value(), offsets.value()));
+    } else if (name == "name") {
+        e.setName(attribute.value());
+    } else if (valuetext::isTypeName(name)) {
+        ownValue(e, name, attribute.value(), offsets);
+    } else {
+        if (name == "value" && e.ownValue())
+            throw ValueTextFault(Fault::SecondValue, offsets.name(),
+                                 "the element has a value of its own and an attribute \"value\"; "
+                                 "one of the two is expected");
+        e.append(placed(Element::CreateNote(Kind::Attribute, name, attribute.value()),
+                        offsets.name()));
+    }
+}
+
+// Passes a fault on to who is to be told.
+template <typename Reading>
+void Reader::tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const {
+    if (!onFault_) return reading();
+    try {
+        reading();
+    } catch (const ValueTextFault& fault) {
+        onFault_(fault, e);
     }
 }
 
 void Reader::ownValue(Element& e, std::string_view type, const char* text,
                       const AttributeFinder& offsets) {
     if (e.ownValue())
-        throw TextFault(offsets.name(), "the element has a value of type " + e.ownValue()->type() +
-                                            " and one of type " + std::string(type) +
-                                            "; one value is expected");
+        throw ValueTextFault(Fault::SecondValue, offsets.name(),
+                             "the element has a value of type " + e.ownValue()->type() +
+                                 " and one of type " + std::string(type) +
+                                 "; one value is expected");
     if (e.get("value"))
-        throw TextFault(offsets.name(),
-                        "the element has an attribute \"value\" and a value of its own; one of "
-                        "the two is expected");
+        throw ValueTextFault(Fault::SecondValue, offsets.name(),
+                             "the element has an attribute \"value\" and a value of its own; one "
+                             "of the two is expected");
     std::any value;
     try {
         value = valuetext::parse(type, text);
     } catch (const std::invalid_argument&) {
-        throw TextFault(offsets.value(), xml::quoted(text) + " is no value of type " +
-                                             std::string(type) + "; " +
-                                             std::string(expectedFor(type)) + " expected");
+        throw ValueTextFault(Fault::Value, offsets.value(),
+                             xml::quoted(text) + " is no value of type " + std::string(type) +
+                                 "; " + std::string(expectedFor(type)) + " expected");
     }
     e.restoreValue(std::move(value));
 }
 
-void Reader::children(const xml_node& node, Element& e, bool insideText) {
+void Reader::children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText) {
     std::string text;  // adjacent texts are one
     std::size_t textStart = 0;
     const auto endText = [&] {
         if (text.empty()) return;
-        e.append(placed(Element::CreateNote(Kind::Text, {}, text), textStart));
+        e->append(placed(Element::CreateNote(Kind::Text, {}, text), textStart));
         text.clear();
     };
     for (const xml_node& child : node) {
@@ -193,17 +220,23 @@ void Reader::children(const xml_node& node, Element& e, bool insideText) {
         }
         endText();
         if (child.type() != pugi::node_element) {
-            e.append(note(child));
+            e->append(note(child));
             continue;
         }
-        auto inner = element(child, insideText);
-        if (inner->tag() == "value" && e.ownValue() && inner->value().has_value())
-            throw TextFault(offsetOf(child), "the element has a value of its own and a key "
-                                             "\"value\" that holds one; one of the two is "
-                                             "expected");
-        e.append(std::move(inner));
+        tolerantly(e, [&] { e->append(key(child, *e, insideText)); });
     }
     endText();
+}
+
+// A child that does not stand beside its parent's value as a second one.
+std::shared_ptr<Element> Reader::key(const xml_node& node, const Element& parent,
+                                     bool insideText) {
+    auto inner = element(node, insideText);
+    if (inner->tag() == "value" && parent.ownValue() && inner->value().has_value())
+        throw ValueTextFault(Fault::SecondValue, offsetOf(node),
+                             "the element has a value of its own and a key \"value\" that holds "
+                             "one; one of the two is expected");
+    return inner;
 }
 
 std::shared_ptr<Element> Reader::note(const xml_node& node) {
@@ -246,8 +279,8 @@ std::size_t Reader::offsetOf(const xml_node& node) {
 
 }  // namespace
 
-DocumentParts readParts(std::string_view text, bool hasText) {
-    return Reader(text, hasText).parts();
+DocumentParts readParts(std::string_view text, bool hasText, const OnValueFault& onFault) {
+    return Reader(text, hasText, onFault).parts();
 }
 
 }  // namespace sdf

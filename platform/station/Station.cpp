@@ -106,15 +106,20 @@ Station& Station::inst() {
 
 Station::Station() : document_(emptyStation()) { adopt(document_); }
 
+void Station::complete(sdf::Document& document, const std::string& name) {
+    check(*document.root(), name);
+}
+
 void Station::open(const std::filesystem::path& file) {
-    sdf::Document document = sdf::Document::read(file);
-    check(*document.root(), file.string());
-    adopt(std::move(document));
+    open(sdf::Document::read(file), file.string());
 }
 
 void Station::openText(std::string_view text, const std::string& name) {
-    sdf::Document document = sdf::Document::fromText(text, name);
-    check(*document.root(), name);
+    open(sdf::Document::fromText(text, name), name);
+}
+
+void Station::open(sdf::Document document, const std::string& name) {
+    complete(document, name);
     adopt(std::move(document));
 }
 

@@ -25,6 +25,10 @@ public:
     /// The id that a new station gives its station logic.
     static constexpr unsigned logicId = 2;
 
+    /// Gives a document that has no element for the station logic one.
+    /// \throws sdf::DocumentError if it is no station.
+    static void complete(sdf::Document& document, const std::string& name);
+
     /// The one station, which outlives every static object.
     static Station& inst();
 
@@ -35,7 +39,9 @@ public:
     /// \throws std::logic_error while the station logic lives.
     void open(const std::filesystem::path& file);
 
-    /// The same from text; `name` stands for the file in messages.
+    /// The same with a document that was read, or from text; `name` stands for the
+    /// file in messages.
+    void open(sdf::Document document, const std::string& name);
     void openText(std::string_view text, const std::string& name);
 
     /// Writes the station to a file, see sdf::Document::save. The "connection"

@@ -5,6 +5,8 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "platform/sdf/Document.h"
 #include "platform/station/Station.h"
@@ -85,6 +87,33 @@ TEST(MalformedFile, SaysInOneLineWhatIsWrongAndWhatIsExpected) {
         EXPECT_NE(fault.message.find("; "), std::string::npos) << name;
         EXPECT_NE(fault.message.find("expected"), std::string::npos) << name;
     }
+}
+
+// Whoever wants to hear of all faults is told of each, and gets the rest.
+TEST(MalformedFile, IsReadBehindIdsAndValuesThatAreNone) {
+    std::vector<sdf::ValueFault> faults;
+    const Document document = Document::fromText("<station>\n"
+                                                 "  <a id=\"x\" int=\"1\" />\n"
+                                                 "  <b id=\"0\" int=\"one\" />\n"
+                                                 "  <c int=\"1\" double=\"2\"><value int=\"3\" />"
+                                                 "<d int=\"4\" /></c>\n"
+                                                 "</station>\n",
+                                                 "cell.xml", faults);
+    using Kind = sdf::ValueFault::Kind;
+    std::vector<std::tuple<Kind, unsigned, unsigned, std::string>> told;
+    for (const auto& fault : faults)
+        told.emplace_back(fault.kind, fault.place.line, fault.place.column, fault.element->tag());
+    EXPECT_EQ(told, (std::vector<std::tuple<Kind, unsigned, unsigned, std::string>>{
+                        {Kind::Id, 2, 10, "a"},
+                        {Kind::NoId, 3, 10, "b"},
+                        {Kind::Value, 3, 18, "b"},
+                        {Kind::SecondValue, 4, 14, "c"},
+                        {Kind::SecondValue, 4, 25, "c"}}));
+    EXPECT_EQ(faults.at(2).fault, "\"one\" is no value of type int; a whole number from "
+                                  "-2147483648 to 2147483647 is expected");
+    EXPECT_EQ(document.text(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                               "<station>\n  <a int=\"1\" />\n  <b />\n"
+                               "  <c int=\"1\">\n    <d int=\"4\" />\n  </c>\n</station>\n");
 }
 
 TEST(MalformedFile, IsTheSameWithForeignLineEnds) {
