@@ -18,12 +18,12 @@ need() {
 
 need_to_build() {
   need g++ cmake ninja-build qt6-base-dev libeigen3-dev libpugixml-dev libcli11-dev libfmt-dev \
-       libyaml-cpp-dev
+       libyaml-cpp-dev nlohmann-json3-dev
 }
 
 need_to_test() {
   need_to_build
-  need libgtest-dev libgmock-dev
+  need libgtest-dev libgmock-dev gtkwave
 }
 
 # quietly LOG COMMAND...: shows what the command printed only when it fails.

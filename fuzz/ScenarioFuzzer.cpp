@@ -14,6 +14,7 @@
 #include "host/Scenario.h"
 #include "host/Script.h"
 #include "host/Trace.h"
+#include "host/TraceText.h"
 #include "platform/station/Station.h"
 #include "smartcomp/TypeLibrary.h"
 
@@ -83,7 +84,8 @@ void play(const Script& script, const Scenario& scenario) {
         if (moment.at <= length) expectations += moment.expect.size();
 
     std::ostringstream out;
-    trel::host::Trace trace(out);
+    trel::host::TextTrace text(out);
+    trel::host::Trace trace({&text});
     const auto outcome = trel::host::Run(script, trace, step, length).play();
     if (outcome.held + outcome.failed.size() < expectations)
         requireNone("not everything expected was looked at");

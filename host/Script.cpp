@@ -2,27 +2,16 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <string_view>
 #include <utility>
 
 #include "host/Members.h"
+#include "host/Numbers.h"
 #include "host/Objects.h"
 
 namespace trel::host {
 
 namespace {
-
-template <typename Number>
-std::optional<Number> readNumber(std::string_view text) {
-    if (text == "true") return Number{1};
-    if (text == "false") return Number{0};
-    Number number{};
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc{} || stop != end) return std::nullopt;
-    return number;
-}
 
 class Binder {
 public:

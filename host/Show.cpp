@@ -10,6 +10,7 @@
 #include "host/Members.h"
 #include "host/Names.h"
 #include "host/Objects.h"
+#include "host/Tree.h"
 #include "platform/station/Station.h"
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/StationLogic.h"
@@ -25,12 +26,6 @@ using smartcomp::StationLogic;
 
 class Printer {
 public:
-    Printer() {
-        for (const SmartComponent* const component : componentsNow())
-            if (!component->isStationLogic())
-                children_.emplace(component->getObjParentId(), component->id());
-    }
-
     std::string print() {
         line(0, "station {}", quoted(GetStationElem()->name()));
         components();
@@ -63,9 +58,9 @@ private:
             const SmartComponent* const found = componentOf(id);
             if (!found) continue;
             component(*found, depth);
-            const auto [begin, end] = children_.equal_range(id);
-            for (auto child = end; child != begin;)
-                waiting.push_back({(--child)->second, depth + 1});
+            const auto inside = tree_.children(id);
+            for (auto child = inside.rbegin(); child != inside.rend(); ++child)
+                waiting.push_back({*child, depth + 1});
         }
     }
 
@@ -121,7 +116,7 @@ private:
         return fmt::format("{} -> {}", pathOf(from), pathOf(to));
     }
 
-    std::multimap<unsigned, unsigned> children_;  // by parent
+    const Tree tree_;
     std::string text_;
 };
 

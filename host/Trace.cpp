@@ -1,16 +1,14 @@
 #include "host/Trace.h"
 
-#include <fmt/ostream.h>
+#include <fmt/format.h>
+
+#include <utility>
 
 #include "host/Members.h"
 #include "host/Objects.h"
 
 namespace trel::host {
 
-namespace {
-
-// The member whose value `element` holds: a property's own, or the key "value" of
-// a signal or property. Empty for any other element.
 std::optional<Member> memberOf(const sdf::Element& element) {
     std::shared_ptr<sdf::Element> parent = element.parent();
     const sdf::Element* holder = &element;
@@ -27,9 +25,18 @@ std::optional<Member> memberOf(const sdf::Element& element) {
     return Member{parent->getId(true), Member::Kind::Property, element.getId(true)};
 }
 
-}  // namespace
+std::string Event::told() const {
+    if (code == "10007")
+        return fmt::format("event {}: {} refuses \"{}\" for the property {}", code, quoted(text1),
+                           text3, quoted(text2));
+    if (code == "10008")
+        return fmt::format("event {}: another value came back to {} on a ring of connections, at "
+                           "the signal {}, and was dropped",
+                           code, quoted(text1), quoted(text2));
+    return fmt::format("event {}: {} {} {}", code, text1, text2, text3);
+}
 
-Trace::Trace(std::ostream& out) : out_(out) {
+Trace::Trace(std::vector<TraceSink*> sinks) : sinks_(std::move(sinks)) {
     const auto learn = [&](unsigned object) {
         for (const Member& member : membersOf(object)) known_[member] = shown(member);
     };
@@ -51,14 +58,20 @@ void Trace::setTime(Time time) {
 
 void Trace::say(std::string_view text) {
     flush();
-    line(fmt::format("-- {}", text));
+    for (TraceSink* const sink : sinks_) sink->said(time_, text);
+}
+
+void Trace::setForced(const Member& signal, bool forced) {
+    flush();
+    if (forced ? !forced_.insert(signal).second : forced_.erase(signal) == 0) return;
+    for (TraceSink* const sink : sinks_) sink->forced(time_, signal, forced);
 }
 
 void Trace::flush() {
     if (!changed_) return;
     const Member member = *changed_;
     changed_.reset();
-    print(member, shown(member));
+    tell(member, shown(member), std::nullopt);
 }
 
 void Trace::valueWritten(sdf::Element& element, const std::any& value) {
@@ -68,37 +81,26 @@ void Trace::valueWritten(sdf::Element& element, const std::any& value) {
     if (member->kind == Member::Kind::Property)
         changed_ = member;
     else if (const int* const number = std::any_cast<int>(&value))
-        print(*member, shown(SignalValue(*number)));
+        tell(*member, shown(SignalValue(*number)), *number);
     else if (const double* const wide = std::any_cast<double>(&value))
-        print(*member, shown(SignalValue(*wide)));
+        tell(*member, shown(SignalValue(*wide)), *wide);
     else
-        print(*member, element.getStringFromValue());
+        tell(*member, element.getStringFromValue(), std::nullopt);
 }
 
 void Trace::reportEvent(const std::string& code, const std::string& text1,
                         const std::string& text2, const std::string& text3) {
     flush();
-    if (code == "10007")
-        line(fmt::format("!! event {}: {} refuses \"{}\" for the property {}", code,
-                         quoted(text1), text3, quoted(text2)));
-    else if (code == "10008")
-        line(fmt::format("!! event {}: another value came back to {} on a ring of connections, at "
-                         "the signal {}, and was dropped",
-                         code, quoted(text1), quoted(text2)));
-    else
-        line(fmt::format("!! event {}: {} {} {}", code, text1, text2, text3));
+    for (TraceSink* const sink : sinks_) sink->reported({time_, code, text1, text2, text3});
 }
 
-void Trace::print(const Member& member, const std::string& value) {
+void Trace::tell(const Member& member, std::string text, std::optional<SignalValue> number) {
     std::string& known = known_[member];
-    if (known == value) return;
-    known = value;
+    if (known == text) return;
+    known = text;
     ++count_;
-    line(fmt::format("{} = {}", pathOf(member), value));
-}
-
-void Trace::line(std::string_view text) {
-    fmt::print(out_, "{:>10}  {}\n", textOfTime(time_), text);
+    const Change change{time_, member, std::move(text), number, forced_.contains(member)};
+    for (TraceSink* const sink : sinks_) sink->changed(change);
 }
 
 }  // namespace trel::host

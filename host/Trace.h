@@ -2,25 +2,24 @@
 
 #include <map>
 #include <optional>
-#include <ostream>
+#include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "host/Clock.h"
-#include "host/Names.h"
+#include "host/TraceSink.h"
 #include "platform/broker/SignalBroker.h"
 #include "platform/sdf/Element.h"
 
 namespace trel::host {
 
-/// Prints every change of a signal or property as one line, with time, path of
-/// names and value, and every event. It listens to the document, not to the
-/// broker: there a pulse is two values, while the broker's notice comes when the
-/// value is already back.
+/// Follows a run and tells every change of a signal or property, and every event,
+/// to its sinks. It listens to the document, not to the broker: there a pulse is
+/// two values, while the broker's notice comes when the value is already back.
 class Trace : private sdf::ValueObserver, private broker::Listener {
 public:
-    /// Knows all present values from now on, and prints what differs from them.
-    explicit Trace(std::ostream& out);
+    /// Knows all present values from now on, and tells what differs from them.
+    explicit Trace(std::vector<TraceSink*> sinks);
     ~Trace() override;
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
@@ -31,7 +30,10 @@ public:
     /// A line between the changes, for people.
     void say(std::string_view text);
 
-    /// Prints the change that is still held back, see changed_.
+    /// From now on the scenario holds the signal at a value, or does no more.
+    void setForced(const Member& signal, bool forced);
+
+    /// Tells the change that is still held back, see changed_.
     void flush();
 
     unsigned long long changes() const { return count_; }
@@ -40,17 +42,21 @@ private:
     void valueWritten(sdf::Element& element, const std::any& value) override;
     void reportEvent(const std::string& code, const std::string& text1, const std::string& text2,
                      const std::string& text3) override;
-    void print(const Member& member, const std::string& value);
-    void line(std::string_view text);
+    void tell(const Member& member, std::string shown, std::optional<SignalValue> number);
 
-    std::ostream& out_;
+    std::vector<TraceSink*> sinks_;
     Time time_ = 0;
     unsigned long long count_ = 0;
     std::map<Member, std::string> known_;
+    std::set<Member> forced_;
 
     // A property is written to the document first: its display value is there
     // only when the next thing happens.
     std::optional<Member> changed_;
 };
+
+/// The member whose value `element` holds: a property's own, or the key "value" of
+/// a signal or property. Empty for any other element.
+std::optional<Member> memberOf(const sdf::Element& element);
 
 }  // namespace trel::host

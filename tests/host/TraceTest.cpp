@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/Objects.h"
+#include "host/TraceText.h"
 #include "platform/broker/SignalBroker.h"
 #include "smartcomp/SCSignal.h"
 #include "tests/host/LiveCell.h"
@@ -19,7 +20,7 @@ protected:
     void SetUp() override {
         LiveCell::SetUp();
         start();
-        trace_ = std::make_unique<host::Trace>(out_);
+        trace_ = std::make_unique<host::Trace>(std::vector<host::TraceSink*>{&text_});
     }
     void TearDown() override {
         trace_.reset();
@@ -40,6 +41,7 @@ protected:
 
 private:
     std::ostringstream out_;
+    host::TextTrace text_{out_};
     std::unique_ptr<host::Trace> trace_;
 };
 
