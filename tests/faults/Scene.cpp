@@ -89,7 +89,7 @@ void Scene::restore() {
     for (const unsigned id : ids) {
         SmartComponent* const component = componentOf(id);
         if (!component) continue;
-        clearMarks(*component);
+        component->clearMarks();
         for (const unsigned signal : {1u, 2u, 4u})
             if (component->hasSignal(signal)) signalOf(*component, signal).setValue(0);
         if (component->hasSignal(3)) signalOf(*component, 3).setValue(0.0);

@@ -354,9 +354,7 @@ protected:
     }
 
     void endMarks() {
-        for (SmartComponent* const node : nodes_) {
-            clearMarks(*node);
-        }
+        for (SmartComponent* const node : nodes_) node->clearMarks();
     }
 
     Listener listener_;

@@ -57,6 +57,7 @@ TEST_F(AggregationTest, APoseThatIsNoneIsRefused) {
     box.element()->touch("pose")->setValue(std::string("upright"));
     expectThrow<std::invalid_argument>([&] { box.make<Box>(); });
     EXPECT_FALSE(isInTable(10));
+    EXPECT_EQ(box.element()->parent(), GetStationElem());
 }
 
 TEST_F(AggregationTest, TheRoleObjectIsRead) {
@@ -178,6 +179,7 @@ TEST_F(AggregationTest, AnIndexThatIsNoPlaceEndsTheConstruction) {
     box.element()->get("connection")->get("index")->setValue(std::string("first"));
     expectThrow<std::bad_any_cast>([&] { box.make<Box>(); });
     EXPECT_FALSE(isInTable(10));
+    EXPECT_EQ(box.element()->parent(), GetStationElem());
 }
 
 TEST_F(AggregationTest, ChildrenAndPositionsAreRead) {

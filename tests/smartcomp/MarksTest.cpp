@@ -69,6 +69,16 @@ TEST(Marks, AMemberIsMarkedOnceWhereverItsMarkStands) {
     EXPECT_TRUE(marks.empty());
 }
 
+TEST(Marks, AreAllClearedAtOnce) {
+    Marks<int> marks;
+    for (const unsigned id : {1u, 2u, 3u}) marks.begin(id, 10);
+    marks.clear();
+    EXPECT_TRUE(marks.empty());
+    for (const unsigned id : {1u, 2u, 3u}) EXPECT_EQ(marks.find(id), nullptr) << id;
+    marks.begin(2, 20);
+    EXPECT_EQ(*marks.find(2), 20);
+}
+
 TEST(Marks, AreTakenAlongByACopyAndThenItsOwn) {
     Marks<int> marks;
     marks.begin(1, 10);

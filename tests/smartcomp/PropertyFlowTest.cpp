@@ -201,6 +201,21 @@ TEST_F(PropertyFlowTest, AfterAThrowTheEntryStaysAndRefusesOtherValues) {
     EXPECT_EQ(frame().getProperty(1)->value(), "7");
 }
 
+TEST_F(PropertyFlowTest, WithoutItsMarksAPropertyIsSetAgain) {
+    frame().onProperty = [](unsigned, const std::string&) { throw std::runtime_error("stuck"); };
+    for (const unsigned id : {1u, 2u})
+        expectThrow<std::runtime_error>("stuck", [&] { frame().setPropertyValue(id, "7"); });
+    frame().onProperty = {};
+    frame().setPropertyValue(2, "green");
+    EXPECT_EQ(frame().getProperty(2)->value(), "7");
+
+    frame().clearMarks();
+    EXPECT_TRUE(settingProperties(frame()).empty());
+    frame().setPropertyValue(2, "green");
+    EXPECT_EQ(frame().getProperty(2)->value(), "green");
+    EXPECT_EQ(frame().getProperty(2)->element()->asString(""), "green");
+}
+
 TEST_F(PropertyFlowTest, WhatTheBrokersListenersThrowLeavesDocumentAndEntry) {
     struct Refusing : broker::Listener {
         void scPropertyValueChanged(unsigned, unsigned) override {

@@ -64,6 +64,7 @@ TEST_F(StationLogicTest, ATakenIdIsRefusedAndTheLockReleased) {
     EXPECT_EQ(sdf::SdfManager::inst()->objects().at(logicId), &taker);
     ASSERT_TRUE(sdf::SdfManager::inst()->mutex().try_lock());
     sdf::SdfManager::inst()->mutex().unlock();
+    EXPECT_EQ(GetStationLogicElem()->parent(), GetStationElem());
 }
 
 TEST_F(StationLogicTest, TheVirtualTableHasExecuteBehindHandleInputSignal) {

@@ -127,11 +127,6 @@ inline void markSignal(smartcomp::SmartComponent& component, unsigned id, Signal
     (component.*get(reach::SettingSignals{})).begin(id, value);
 }
 
-inline void clearMarks(smartcomp::SmartComponent& component) {
-    component.*get(reach::SettingProperties{}) = {};
-    component.*get(reach::SettingSignals{}) = {};
-}
-
 inline unsigned typeIndexOf(const smartcomp::Property& property) {
     return static_cast<unsigned>(property.*get(reach::TypeIndex{}));
 }
