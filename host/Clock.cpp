@@ -19,7 +19,6 @@ constexpr std::array<Unit, 4> units = {
 
 constexpr std::string_view digits = "0123456789";
 constexpr std::size_t mostDigits = 15;
-constexpr Time longest = Time{1000} * 3600 * 1'000'000;
 
 // A run of digits as a number; empty for none, other text, or too many.
 std::optional<Time> readDigits(std::string_view text) {
@@ -54,7 +53,7 @@ std::optional<Time> readTime(std::string_view text) {
 
     const auto point = number.find('.');
     const auto whole = readDigits(number.substr(0, point));
-    if (!whole || *whole > longest / unit->microseconds) return std::nullopt;
+    if (!whole || *whole > longestTime / unit->microseconds) return std::nullopt;
     const auto rest = point == std::string_view::npos
                           ? Time{0}
                           : readDecimals(number.substr(point + 1), unit->microseconds);

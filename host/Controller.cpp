@@ -11,6 +11,7 @@
 #include "host/Objects.h"
 #include "platform/sdf/SdfManager.h"
 #include "smartcomp/Connection.h"
+#include "smartcomp/DeliveryObserver.h"
 #include "smartcomp/SmartComponent.h"
 #include "smartcomp/StationLogic.h"
 
@@ -44,19 +45,31 @@ const Connection* connectionNow(unsigned connectionId) {
     return nullptr;
 }
 
-void deliver(unsigned objectId, unsigned signalId, SignalValue value, bool running,
-             long long time) {
-    if (SmartComponent* const component = componentOf(objectId)) {
+using Delivery = smartcomp::DeliveryObserver::Delivery;
+
+void deliver(const Delivery& delivery, bool running, long long time) {
+    const unsigned signal = delivery.destination;
+    if (SmartComponent* const component = componentOf(delivery.destinationComponent)) {
         if (running)
-            component->handleSignalValue(signalId, std::get<int>(value), time);
+            component->handleSignalValue(signal, std::get<int>(delivery.value), time);
         else
-            component->setStaticSignalValue(signalId, value);
-    } else if (auto* const controller = dynamic_cast<ControllerInterface*>(objectOf(objectId))) {
-        controller->setSignalValue(signalId, value, running);
+            component->setStaticSignalValue(signal, delivery.value);
+    } else if (auto* const controller = dynamic_cast<ControllerInterface*>(
+                   objectOf(delivery.destinationComponent))) {
+        controller->setSignalValue(signal, delivery.value, running);
     } else {
-        throw std::out_of_range(
-            fmt::format("a connection leads to the object {}, which is not there", objectId));
+        throw std::out_of_range(fmt::format("a connection leads to the object {}, which is not "
+                                            "there",
+                                            delivery.destinationComponent));
     }
+}
+
+// As the library does for the sources that are components.
+void deliverObserved(const Delivery& delivery, bool running, long long time) {
+    auto* const observer = smartcomp::DeliveryObserver::present();
+    if (observer && !observer->before(delivery)) return;
+    deliver(delivery, running, time);
+    if (observer && observer == smartcomp::DeliveryObserver::present()) observer->after(delivery);
 }
 
 void write(const Controller::Signal& signal, SignalValue value) {
@@ -104,10 +117,11 @@ void Controller::setOutput(unsigned signalId, SignalValue value, bool running, l
     for (const Turn& turn : turnsFrom(id(), signalId)) {
         const Connection* const connection = connectionNow(turn.connectionId);
         if (!connection || !connection->matchSrc(id(), signalId)) continue;
-        const unsigned target = connection->getDstComponentId();
-        const unsigned input = connection->getDstSignalId();
-        deliver(target, input, value, running, time);
-        if (source.autoReset) deliver(target, input, 0, running, time);
+        Delivery delivery{id(),  signalId, connection->getDstComponentId(),
+                          connection->getDstSignalId(), value, nullptr};
+        deliverObserved(delivery, running, time);
+        delivery.value = 0;
+        if (source.autoReset) deliverObserved(delivery, running, time);
     }
 }
 

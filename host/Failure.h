@@ -13,6 +13,7 @@ enum class ExitCode {
     FileInvalid = 2,  // a station or a scenario
     Usage = 3,
     ComponentFailed = 4,
+    Stopped = 5,  // by the budget of deliveries or the end of the stack
     CannotSave = 6,
 };
 

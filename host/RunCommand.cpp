@@ -1,10 +1,13 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "host/Commands.h"
+#include "host/Interrupt.h"
+#include "host/JUnit.h"
 #include "host/LiveStation.h"
 #include "host/Run.h"
 #include "host/Scenario.h"
@@ -20,8 +23,7 @@ namespace trel::host {
 
 namespace {
 
-constexpr Time usualStep = 10'000;       // microseconds
-constexpr Time usualLength = 1'000'000;  // of a run without a scenario
+constexpr Time usualLength = 1'000'000;  // microseconds, of a run without a scenario
 
 struct Options {
     std::filesystem::path file;
@@ -32,6 +34,10 @@ struct Options {
     std::optional<std::filesystem::path> save;
     std::optional<std::filesystem::path> vcd;
     std::optional<std::filesystem::path> csv;
+    std::optional<std::filesystem::path> junit;
+    std::optional<std::uint64_t> seed;
+    unsigned long long budget = RunRules::usualBudget;
+    bool stopsOnFault = false;
     std::vector<std::string> watch;
     bool json = false;  // what is printed
     bool show = false;  // the station after the run
@@ -40,7 +46,7 @@ struct Options {
 // All that a run is kept in.
 class Traces {
 public:
-    Traces(const Options& options, std::ostream& out)
+    Traces(const Options& options, const Script& script, std::ostream& out)
         : options_(options), watch_(options.watch) {
         watch_.refuseIdle();
         if (options.json)
@@ -53,7 +59,7 @@ public:
         }
         if (options.vcd) {
             vcdFile_.emplace(*options.vcd);
-            auto vcd = std::make_unique<VcdTrace>(vcdFile_->stream());
+            auto vcd = std::make_unique<VcdTrace>(vcdFile_->stream(), script.forced);
             vcd_ = vcd.get();
             add(std::move(vcd));
         }
@@ -89,86 +95,124 @@ private:
     std::optional<Trace> trace_;
 };
 
+[[noreturn]] void refuseLate(const Scenario& scenario) {
+    throw Failure(ExitCode::FileInvalid,
+                  fmt::format("{}: this moment comes after the end of the run at {}; let the run "
+                              "last longer, or take it out",
+                              scenario.textOf(scenario.timeline.back().place),
+                              textOfTime(*scenario.until)));
+}
+
 // How long a run lasts: as it was asked, else as the scenario says, else until
 // its last moment.
 Time lengthOf(const Options& options, const Scenario& scenario) {
     const Time last = scenario.timeline.empty() ? usualLength : scenario.timeline.back().at;
     if (options.until) return *options.until;
     if (scenario.until && !scenario.timeline.empty() && *scenario.until < last)
-        throw scenario.fault(scenario.timeline.back().place,
-                             fmt::format("this moment comes after the end of the run at {}; let "
-                                         "the run last longer, or take it out",
-                                         textOfTime(*scenario.until)));
+        refuseLate(scenario);
     return scenario.until.value_or(last);
 }
 
-struct Summary {
-    const Run::Outcome& outcome;
-    Time length;
-    unsigned long long changes;
-    std::size_t leftOut;  // moments of the scenario
-};
+// Moments of the script that come after the end of the run.
+std::ptrdiff_t lateOnes(const Script& script, Time length) {
+    return std::ranges::count_if(
+        script.moments, [&](const Script::Moment& moment) { return moment.at > length; });
+}
 
-void print(const Summary& summary, std::ostream& out) {
-    const Run::Outcome& outcome = summary.outcome;
-    fmt::print(out, "\nran {} in {} steps; changes: {}; expectations: {} held, {} failed\n",
-               textOfTime(summary.length), outcome.steps, summary.changes, outcome.held,
-               outcome.failed.size());
-    if (summary.leftOut > 0)
-        fmt::print(out, "left out, since they come later: {} of the scenario's moments\n",
-                   summary.leftOut);
+void print(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t late,
+           std::ostream& out) {
+    const auto notReached = std::ranges::count(outcome.verdicts, Verdict::Outcome::NotReached,
+                                               &Verdict::outcome);
+    fmt::print(out, "\nran {} in {} steps; changes: {}; expectations: {} held, {} failed{}\n",
+               textOfTime(outcome.time), outcome.steps, changes, outcome.held,
+               outcome.failed.size(),
+               notReached == 0 ? "" : fmt::format(", {} not reached", notReached));
+    if (late > 0)
+        fmt::print(out, "left out, since they come later: {} of the scenario's moments\n", late);
     for (const std::string& failed : outcome.failed) fmt::print(out, "{}\n", failed);
 }
 
 // The last line of what --json prints.
-void printJson(const Summary& summary, std::ostream& out) {
-    out << nlohmann::ordered_json{{"kind", "ended"},
-                                  {"time_us", summary.length},
-                                  {"steps", summary.outcome.steps},
-                                  {"changes", summary.changes},
-                                  {"held", summary.outcome.held},
-                                  {"failed", summary.outcome.failed},
-                                  {"left_out", summary.leftOut}}
-               .dump()
-        << '\n';
+void printJson(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t late,
+               std::ostream& out) {
+    nlohmann::ordered_json object = {
+        {"kind", "ended"},         {"time_us", outcome.time},
+        {"steps", outcome.steps},  {"changes", changes},
+        {"deliveries", outcome.deliveries}, {"held", outcome.held},
+        {"failed", outcome.failed}, {"faults", nlohmann::ordered_json::array()},
+        {"stopped", outcome.reason}, {"left_out", late}};
+    for (const RunOutcome::Fault& fault : outcome.faults) object["faults"].push_back(fault.text);
+    out << object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+}
+
+// Why the run is no success; empty for one that is.
+std::string failureOf(const RunOutcome& outcome) {
+    std::string text;
+    for (const RunOutcome::Fault& fault : outcome.faults)
+        text += fmt::format("{}; {}\n", fault.text,
+                            outcome.end == RunOutcome::End::Fault
+                                ? "the run was stopped"
+                                : "it was set aside for the rest of the run");
+    if (outcome.end == RunOutcome::End::Budget) {
+        text += outcome.reason + "; the run was stopped; what got the most:\n";
+        for (const Hotspot& hot : outcome.hotspots)
+            text += fmt::format("  {}: {} deliveries; {}\n", pathOf(hot.member), hot.deliveries,
+                                hot.reason);
+    } else if (outcome.end != RunOutcome::End::Good && outcome.end != RunOutcome::End::Fault) {
+        text += outcome.reason + "; the run was stopped\n";
+    }
+    if (!text.empty()) text.pop_back();
+    return text;
+}
+
+ExitCode codeOf(const RunOutcome& outcome) {
+    if (outcome.end == RunOutcome::End::Budget || outcome.end == RunOutcome::End::Stack)
+        return ExitCode::Stopped;
+    if (!outcome.faults.empty()) return ExitCode::ComponentFailed;
+    return outcome.failed.empty() ? ExitCode::Good : ExitCode::ExpectationFailed;
 }
 
 ExitCode run(const Options& options, std::ostream& out) {
     loadLibraries(options.libraries);
     const Scenario scenario = options.scenario ? Scenario::read(*options.scenario) : Scenario();
-    const Time length = lengthOf(options, scenario);
+    RunRules rules;
+    rules.until = lengthOf(options, scenario);
+    rules.step = options.step.value_or(scenario.step.value_or(rules.step));
+    rules.budget = options.budget;
+    rules.stopsOnFault = options.stopsOnFault;
     const LiveStation station(options.file);
-    const Script script(scenario);
+    const Script script(scenario, options.seed);
 
-    Run::Outcome outcome;
+    RunOutcome outcome;
     unsigned long long changes = 0;
     {
-        Traces traces(options, out);
-        Trace& trace = traces.trace();
-        Run run(script, trace, options.step.value_or(scenario.step.value_or(usualStep)), length);
-        outcome = run.play();
-        changes = trace.changes();
-        traces.finish(length);
+        Traces traces(options, script, out);
+        catchInterrupts();
+        outcome = Run(script, traces.trace(), rules).play();
+        changes = traces.trace().changes();
+        traces.finish(outcome.time);
     }
-    const auto late = std::ranges::count_if(
-        script.moments, [&](const Script::Moment& moment) { return moment.at > length; });
-    const Summary summary{outcome, length, changes, static_cast<std::size_t>(late)};
-    if (options.json)
-        printJson(summary, out);
-    else
-        print(summary, out);
-
+    (options.json ? printJson : print)(outcome, changes, lateOnes(script, rules.until), out);
+    if (options.junit)
+        writeFile(*options.junit,
+                  textOfJUnit(outcome, options.scenario.value_or(options.file).string()));
     if (options.show) fmt::print(out, "\n{}", textOfStation());
 
-    if (!outcome.failed.empty()) {
-        if (options.save) fmt::print(out, "nothing is saved, since expectations failed\n");
-        return ExitCode::ExpectationFailed;
-    }
-    if (options.save) {
+    const ExitCode code = codeOf(outcome);
+    if (options.save && code == ExitCode::Good && outcome.end == RunOutcome::End::Good) {
         station.save(*options.save);
         fmt::print(out, "saved to {}\n", options.save->string());
+    } else if (options.save) {
+        fmt::print(out, "nothing is saved, since {}\n",
+                   code == ExitCode::ExpectationFailed ? "expectations failed"
+                   : code == ExitCode::ComponentFailed ? "components failed"
+                                                       : "the run was stopped");
     }
-    return ExitCode::Good;
+    out.flush();
+    passInterruptOn();
+    if (const std::string failure = failureOf(outcome); !failure.empty())
+        throw Failure(code, failure);
+    return code;
 }
 
 }  // namespace
@@ -198,6 +242,19 @@ void addRun(CLI::App& app, Action& chosen) {
         ->type_name("FILE");
     command.add_option("--csv", options->csv, "All changes and events as comma-separated values")
         ->type_name("FILE");
+    command
+        .add_option("--junit", options->junit,
+                    "What was expected and what came of it, as CI servers read it")
+        ->type_name("FILE");
+    command.add_option("--seed", options->seed, "Of random values, in place of the scenario's")
+        ->type_name("NUMBER");
+    command
+        .add_option("--budget", options->budget,
+                    "How many deliveries a step may take before the run is stopped")
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    command.add_flag("--stop-on-fault", options->stopsOnFault,
+                     "Stop when a component fails, instead of setting it aside");
     command.add_flag("--json", options->json, "Print a JSON object on a line for each change");
     command
         .add_option("--watch", options->watch,

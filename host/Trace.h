@@ -1,10 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host/TraceSink.h"
@@ -30,6 +32,14 @@ public:
     /// A line between the changes, for people.
     void say(std::string_view text);
 
+    /// One more who is told, until he is left out; he lives that long.
+    void add(TraceSink& sink) { sinks_.push_back(&sink); }
+    void leaveOut(TraceSink& sink) { std::erase(sinks_, &sink); }
+
+    /// Who tells the ring of connections that a value came round in, for events about
+    /// it; null for nobody.
+    void setRing(std::function<std::string()> ring) { ring_ = std::move(ring); }
+
     /// From now on the scenario holds the signal at a value, or does no more.
     void setForced(const Member& signal, bool forced);
 
@@ -47,6 +57,7 @@ private:
     std::vector<TraceSink*> sinks_;
     Time time_ = 0;
     unsigned long long count_ = 0;
+    std::function<std::string()> ring_;
     std::map<Member, std::string> known_;
     std::set<Member> forced_;
 

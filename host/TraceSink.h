@@ -26,6 +26,7 @@ struct Event {
     std::string text1;
     std::string text2;
     std::string text3;
+    std::string ring;  // of connections that the value came round in, where there is one
 
     /// The event as a sentence.
     std::string told() const;

@@ -70,10 +70,12 @@ void JsonTrace::changed(const Change& change) {
 }
 
 void JsonTrace::reported(const Event& event) {
-    print(out_, {{"time_us", event.time},
-                 {"kind", "event"},
-                 {"code", event.code},
-                 {"texts", {event.text1, event.text2, event.text3}}});
+    Json object = {{"time_us", event.time},
+                   {"kind", "event"},
+                   {"code", event.code},
+                   {"texts", {event.text1, event.text2, event.text3}}};
+    if (!event.ring.empty()) object["ring"] = event.ring;
+    print(out_, object);
 }
 
 void JsonTrace::forced(Time time, const Member& signal, bool on) {

@@ -34,8 +34,9 @@ private:
 ///     {"time_us":15000,"kind":"event","code":"10008","texts":["A","Out",""]}
 ///     {"time_us":15000,"kind":"said","text":"ok: A.Out = 0"}
 ///
-/// A signal has "forced":true as well while the scenario holds it at a value, which
-/// begins and ends with a line of the kind "forced" or "released".
+/// An event about a ring of connections has the "ring" as well. A signal has "forced":true
+/// while the scenario holds it at a value, which begins and ends with a line of the kind
+/// "forced" or "released".
 class JsonTrace : public TraceSink {
 public:
     explicit JsonTrace(std::ostream& out, Watch watch = {});

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     CLI::App app(
         "A host for robot-cell stations.\n"
         "Exit codes: 0 good, 1 an expectation failed, 2 a file is invalid, 3 wrong usage,\n"
-        "4 a component failed, 6 the station cannot be saved.",
+        "4 a component failed, 5 stopped by the budget or the end of the stack, 6 cannot save.",
         "station");
     Action chosen;
     addRun(app, chosen);

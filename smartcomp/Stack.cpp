@@ -30,9 +30,7 @@ constinit thread_local std::uintptr_t lowestAddress = 0;
 }
 
 [[gnu::noinline, gnu::cold]] void throwStackUsedUp() {
-    throw std::runtime_error(
-        "the deliveries nest too deeply for the stack of this thread; look for a ring of "
-        "bindings or of inputs that nothing ends");
+    throw std::runtime_error(stackUsedUp);
 }
 
 }  // namespace trel::smartcomp

@@ -10,6 +10,11 @@ namespace trel::smartcomp {
 extern constinit thread_local std::uintptr_t lowestAddress
     [[gnu::tls_model("initial-exec")]];
 
+/// What is said where the stack is used up.
+inline constexpr const char* stackUsedUp =
+    "the deliveries nest too deeply for the stack of this thread; look for a ring of bindings or "
+    "of inputs that nothing ends";
+
 void askForLowestAddress();
 
 /// Where a delivery begins.

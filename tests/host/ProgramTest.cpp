@@ -143,9 +143,10 @@ TEST_F(StationRun, AComponentThatThrowsIsNamedAndExitCodeFour) {
     const Result result = station({"run", "--components", library("Odd"), odd("Thrower"), "--save",
                                    path("after.xml")});
     EXPECT_EQ(result.code, 4);
-    EXPECT_EQ(result.err, "Odd (Thrower, #10) failed at 0.03s while executing: has had enough; the "
-                          "fault is in its type or in what it is connected to, and nothing is "
-                          "saved\n");
+    EXPECT_EQ(result.err, "Odd (Thrower, #10) failed at 0.03s while executing: has had enough; it "
+                          "was set aside for the rest of the run\n");
+    EXPECT_THAT(result.out, HasSubstr("ran 1s in 101 steps"));
+    EXPECT_THAT(result.out, HasSubstr("nothing is saved, since components failed\n"));
     EXPECT_THAT(result.out, HasSubstr("A.Out = 1"));
     EXPECT_FALSE(std::filesystem::exists(path("after.xml")));
 }
@@ -155,8 +156,8 @@ TEST_F(StationRun, ASettingThatMakesAComponentThrowIsNamed) {
     const Result result = station(
         {"run", odd("Thrower"), "--components", library("Odd"), "--scenario", play});
     EXPECT_EQ(result.code, 4);
-    EXPECT_THAT(result.err, HasSubstr(play + ":3:11: setting Odd.In at 0.01s made a component "
-                                             "fail: does not like its input"));
+    EXPECT_THAT(result.err, HasSubstr("failed at 0.01s while being set at Odd.In by " + play +
+                                      ":3:11: does not like its input"));
 }
 
 TEST_F(StationRun, AComponentThatCannotBeMadeIsAFaultOfTheFile) {

@@ -52,7 +52,7 @@ TEST_F(ScenarioTest, IsReadWithTimesWishesAndPlaces) {
 
 TEST_F(ScenarioTest, AFaultInTheFileHasItsPlaceAndRemedy) {
     EXPECT_EQ(fault("timelime: []\n"), "s.yaml:1:1: \"timelime\" is no key here; write one of "
-                                       "until, step, timeline");
+                                       "until, step, seed, include, timeline");
     EXPECT_EQ(fault("until: 5\n"), "s.yaml:1:8: \"5\" is no time; write a number and us, ms, s or "
                                    "min, as in 1.5s");
     EXPECT_EQ(fault("step: 0s\n"),
@@ -61,7 +61,8 @@ TEST_F(ScenarioTest, AFaultInTheFileHasItsPlaceAndRemedy) {
     EXPECT_EQ(fault("timeline:\n  - say: x\n"),
               "s.yaml:2:5: a moment needs its time; write at, as in \"at: 1.5s\"");
     EXPECT_EQ(fault("timeline:\n  - at: 1s\n    puls: {}\n"),
-              "s.yaml:3:5: \"puls\" is no key here; write one of at, say, set, expect");
+              "s.yaml:3:5: \"puls\" is no key here; write one of at, repeat, say, release, force, "
+              "set, pulse, expect, within, never");
     EXPECT_EQ(fault("timeline:\n  - at: 1s\n    set: [A.In]\n"),
               "s.yaml:3:10: names and values are expected here; write them as in "
               "\"Cell/Gripper.Close: 1\"");
