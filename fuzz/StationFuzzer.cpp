@@ -9,7 +9,7 @@
 #include "fuzz/Require.h"
 #include "fuzz/StationActs.h"
 #include "fuzz/Unchecked.h"
-#include "host/Faults.h"
+#include "host/Inspections.h"
 #include "host/Show.h"
 #include "platform/station/Station.h"
 #include "smartcomp/TypeLibrary.h"
@@ -95,8 +95,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto station = loadedWithoutLeaks(text);
     if (!station) return 0;
     requireNone(LoadedStation::faults());
-    trel::host::textOfFaults("input", trel::host::faultsOfDocument(*trel::GetStationElem()));
-    trel::host::textOfFaults("input", trel::host::faultsOfComponents());
+    trel::host::FaultList list;
+    const trel::host::StationMap map(*trel::GetStationElem());
+    inspectDocument(*trel::GetStationElem(), map, list);
+    inspectComponents(map, list);
+    inspectFlow(map, [&](unsigned id) { return map.looksLikeAggregation(*map.find(id)); }, list);
+    trel::host::textOfFaults("input", list.take());
     trel::host::textOfStation();
 
     fuzz::actOn(text);

@@ -2,21 +2,15 @@
 
 #include <fmt/format.h>
 
-#include "host/TypeLibraries.h"
-
 namespace trel::host {
 
 void addLibraries(CLI::App& command, std::vector<std::filesystem::path>& libraries) {
     command
         .add_option("--components", libraries,
-                    "A further library of component types; may be given more than once")
+                    "A further library of component types, by its path, or by its name where it is in\n"
+                    "a folder that STATION_COMPONENTS names; may be given more than once")
         ->type_name("LIB")
         ->allow_extra_args(false);  // FILE may follow it
-}
-
-void loadLibraries(const std::vector<std::filesystem::path>& libraries) {
-    loadTypeLibrary(ownTypeLibrary());
-    for (const auto& library : libraries) loadTypeLibrary(library);
 }
 
 void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target,

@@ -20,6 +20,7 @@ using Action = std::function<ExitCode(std::ostream& out)>;
 // The subcommands of the program, each with its options and help. The one that
 // the command line names becomes `chosen`.
 
+void addCheck(CLI::App& app, Action& chosen);
 void addRun(CLI::App& app, Action& chosen);
 void addShow(CLI::App& app, Action& chosen);
 
@@ -27,9 +28,6 @@ void addShow(CLI::App& app, Action& chosen);
 
 /// The option --components.
 void addLibraries(CLI::App& command, std::vector<std::filesystem::path>& libraries);
-
-/// Loads the library that comes with the program, and these.
-void loadLibraries(const std::vector<std::filesystem::path>& libraries);
 
 /// An option that takes a time, such as "20ms".
 void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target,

@@ -1,32 +1,81 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
+#include "host/FaultKinds.h"
 #include "platform/sdf/Element.h"
 
 namespace trel::host {
 
 /// What is wrong with a station file, and where.
 struct Fault {
+    FaultCode code;
     sdf::Element::Place place;
-    std::string text;  // what is wrong; what to do
+    std::string path;    // of names, of what is wrong; empty where there is none
+    std::string text;    // what is wrong
+    std::string remedy;  // what to do
+
+    bool isError() const { return code->severity == Severity::Error; }
+    friend bool operator==(const Fault& a, const Fault& b) {
+        return a.code == b.code && a.place.line == b.place.line &&
+               a.place.column == b.place.column && a.path == b.path && a.text == b.text;
+    }
 };
 using Faults = std::vector<Fault>;
 
-/// The faults of a station as a document, before anything is made from it: ids,
-/// parents, values of a wrong type, connection ends that lead nowhere.
-Faults faultsOfDocument(const sdf::Element& station);
+/// Elements of which a fault is known already: others that it brings along are
+/// not told.
+using NotedElements = std::unordered_set<const sdf::Element*>;
 
-/// The faults that show when the components live: parents that contain nothing,
-/// property texts that their types cannot use, references to nothing.
-Faults faultsOfComponents();
+/// Collects faults. A warning is left out where a comment before the element
+/// allows it, as in "allow loop: the axis takes its time".
+class FaultList {
+public:
+    explicit FaultList(NotedElements noted = {}) : noted_(std::move(noted)) {}
 
-/// One line for each fault, "FILE:LINE:COLUMN: text", in the order of the file.
+    /// Takes in what the comments of a document allow.
+    void allow(const sdf::Element& root);
+
+    /// A fault at an element; the remedy is that of its kind if none is given.
+    void add(FaultCode code, const sdf::Element& at, std::string path, std::string text,
+             std::string remedy = {});
+
+    /// The same, after which the element is noted.
+    void addAndNote(FaultCode code, const sdf::Element& at, std::string path, std::string text,
+                    std::string remedy = {});
+
+    void note(const sdf::Element& element) { noted_.insert(&element); }
+    bool isAllowed(FaultCode code, const sdf::Element& at) const;
+    bool isNoted(const sdf::Element& element) const { return noted_.contains(&element); }
+    const NotedElements& noted() const { return noted_; }
+    Faults take() { return std::move(faults_); }
+
+private:
+    Faults faults_;
+    NotedElements noted_;
+    std::unordered_map<const sdf::Element*, std::string> allowed_;  // the comments
+};
+
+/// Those that keep a station from being loaded.
+Faults errorsIn(const Faults& faults);
+
+/// All of two.
+Faults joined(Faults first, const Faults& second);
+
+/// In the order of the file.
+void sortByPlace(Faults& faults);
+
+/// "FILE:LINE:COLUMN: error: PATH: what is wrong; what to do [code]".
+std::string textOf(const std::string& file, const Fault& fault);
+
+/// A line for each fault, in the order of the file.
 std::string textOfFaults(const std::string& file, Faults faults);
 
-/// How messages call an element that is a component or a controller:
-/// "component "Gripper" (id 5)".
-std::string called(const sdf::Element& element);
+/// How messages call a severity: "error", "warning".
+std::string_view nameOf(Severity severity);
 
 }  // namespace trel::host

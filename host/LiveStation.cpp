@@ -1,14 +1,15 @@
 #include "host/LiveStation.h"
 
-#include <fmt/format.h>
-
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "host/Failure.h"
 #include "host/Faults.h"
+#include "host/Inspections.h"
 #include "host/Objects.h"
+#include "host/StationFile.h"
 #include "platform/sdf/Document.h"
 #include "platform/station/Station.h"
 #include "smartcomp/Lifecycle.h"
@@ -19,44 +20,41 @@ namespace trel::host {
 namespace {
 
 void refuse(const std::string& file, const Faults& faults) {
-    if (!faults.empty()) throw Failure(ExitCode::FileInvalid, textOfFaults(file, faults));
+    if (const Faults errors = errorsIn(faults); !errors.empty())
+        throw Failure(ExitCode::FileInvalid, textOfFaults(file, errors));
+}
+
+[[noreturn]] void refuse(const std::string& file, const StationMap& map,
+                         const MappedObject& object, const std::string& reason) {
+    FaultList faults;
+    addFailedType(map, object, reason, faults);
+    throw Failure(ExitCode::FileInvalid, textOfFaults(file, faults.take()));
 }
 
 // The element that Load stopped at: it makes one component after the other.
-sdf::Element& firstNotMade(std::size_t made) {
-    for (const auto& element : GetStationElem()->children("smart_component"))
-        if (element->asString("type") != "StationLogic" && made-- == 0) return *element;
-    return *GetStationElem();
-}
-
-Fault unknownType(const sdf::Element& element) {
-    return {element.place(),
-            fmt::format("{} has the type \"{}\", which no library brings; load the one that does "
-                        "with --components, or correct the type",
-                        called(element), element.asString("type"))};
-}
-
-Fault failedType(const sdf::Element& element, const std::string& reason) {
-    return {element.place(),
-            fmt::format("{} cannot be made by its type \"{}\": {}; look at its properties and "
-                        "signals",
-                        called(element), element.asString("type"), reason)};
+const MappedObject& firstNotMade(const StationMap& map, std::size_t made) {
+    for (const MappedObject& object : map.objects())
+        if (!object.isController() && !object.isLogic() && made-- == 0) return object;
+    throw std::logic_error("Load stopped at no component");
 }
 
 }  // namespace
 
 LiveStation::LiveStation(const std::filesystem::path& file) {
     const std::string name = file.string();
-    try {
-        Station::inst().open(file);
-    } catch (const sdf::DocumentError& error) {
-        throw Failure(ExitCode::FileInvalid, error.what());
-    }
-    refuse(name, faultsOfDocument(*GetStationElem()));
-    makeLogic(name);
-    makeComponents(name);
+    StationFile read = readStationFile(file);
+    if (!read.document) refuse(name, read.faults);
+    const StationMap map(*read.document->root());
+    FaultList faults(read.noted);
+    inspectDocument(*read.document->root(), map, faults);
+    inspectTypes(map, faults);
+    refuse(name, joined(std::move(read.faults), faults.take()));
+    Station::inst().open(std::move(*read.document), name);
+    makeLogic(name, map);
+    makeComponents(name, map);
     makeControllers();
-    refuse(name, faultsOfComponents());
+    inspectComponents(map, faults);
+    refuse(name, faults.take());
 }
 
 LiveStation::~LiveStation() = default;
@@ -67,35 +65,26 @@ LiveStation::Emptying::~Emptying() {
         smartcomp::RemoveSubSmartComponent(component->id());
 }
 
-void LiveStation::makeLogic(const std::string& file) {
+void LiveStation::makeLogic(const std::string& file, const StationMap& map) {
     try {
         smartcomp::StationLogic::inst();
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {
-        refuse(file, {{GetStationLogicElem()->place(),
-                       fmt::format("the station logic cannot be made from this element: {}; "
-                                   "compare it with that of a new station",
-                                   textOfThrown())}});
+        refuse(file, map, *map.find(map.logic()), textOfThrown());
     }
 }
 
-void LiveStation::makeComponents(const std::string& file) {
+void LiveStation::makeComponents(const std::string& file, const StationMap& map) {
     const auto& made = smartcomp::GetAllSmartComponents();
     const std::size_t before = made.size();
     try {
         smartcomp::Load();
-    } catch (const std::out_of_range& error) {
-        // A type that is known has the component in the object table before it
-        // is asked to read its properties.
-        const sdf::Element& element = firstNotMade(made.size() - before);
-        refuse(file, {objectOf(element.getId(true)) ? failedType(element, error.what())
-                                                    : unknownType(element)});
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {
         const std::string reason = textOfThrown();
-        refuse(file, {failedType(firstNotMade(made.size() - before), reason)});
+        refuse(file, map, firstNotMade(map, made.size() - before), reason);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/Controller.h"
+#include "host/StationMap.h"
 
 namespace trel::host {
 
@@ -33,8 +34,8 @@ private:
         ~Emptying();
     };
 
-    void makeLogic(const std::string& file);
-    void makeComponents(const std::string& file);
+    void makeLogic(const std::string& file, const StationMap& map);
+    void makeComponents(const std::string& file, const StationMap& map);
     void makeControllers();
 
     Emptying emptying_;

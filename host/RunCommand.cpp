@@ -9,14 +9,15 @@
 #include "host/Interrupt.h"
 #include "host/JUnit.h"
 #include "host/LiveStation.h"
+#include "host/OutputFile.h"
 #include "host/Run.h"
 #include "host/Scenario.h"
 #include "host/Script.h"
-#include "host/OutputFile.h"
 #include "host/Show.h"
 #include "host/Trace.h"
 #include "host/TraceText.h"
 #include "host/TraceVcd.h"
+#include "host/TypeLibraries.h"
 #include "host/Watch.h"
 
 namespace trel::host {
@@ -173,7 +174,7 @@ ExitCode codeOf(const RunOutcome& outcome) {
 }
 
 ExitCode run(const Options& options, std::ostream& out) {
-    loadLibraries(options.libraries);
+    loadTypeLibraries(options.libraries);
     const Scenario scenario = options.scenario ? Scenario::read(*options.scenario) : Scenario();
     RunRules rules;
     rules.until = lengthOf(options, scenario);

@@ -3,6 +3,7 @@
 #include "host/Commands.h"
 #include "host/LiveStation.h"
 #include "host/Show.h"
+#include "host/TypeLibraries.h"
 
 namespace trel::host {
 
@@ -14,7 +15,7 @@ struct Options {
 };
 
 ExitCode show(const Options& options, std::ostream& out) {
-    loadLibraries(options.libraries);
+    loadTypeLibraries(options.libraries);
     const LiveStation station(options.file);
     out << textOfStation();
     return ExitCode::Good;

@@ -1,19 +1,30 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace trel::host {
 
-/// Loads a library of component types and has it register them. The library
-/// stays loaded as long as the process: the registry keeps its texts.
-/// \throws Failure (usage) naming the library, for one that cannot be loaded, is
-/// no library of component types, was built for another layout of the classes,
-/// or fails while registering.
-void loadTypeLibrary(const std::filesystem::path& library);
+/// Loads the library of component types that comes with this program, then
+/// these: each by its path, or by its name, which is looked for in
+/// `libraryFolders`. A library stays loaded as long as the process: the registry
+/// keeps its texts.
+/// \throws Failure (usage) naming the library, for one that is not found, cannot
+/// be loaded, is no library of component types, was built for another layout of
+/// the classes, fails or ends the process while registering, or brings a type
+/// that one before it brings.
+void loadTypeLibraries(const std::vector<std::filesystem::path>& libraries);
 
-/// The library of component types that comes with this program: beside it, or in
-/// the folder "lib" beside its folder.
-/// \throws Failure (usage) if it is at neither place.
-std::filesystem::path ownTypeLibrary();
+/// Where a library is looked for by its name: the folders that the environment
+/// variable STATION_COMPONENTS names, with colons between them; that of this
+/// program; "lib/station" and "lib" beside that.
+std::vector<std::filesystem::path> libraryFolders();
+
+/// A library, not loaded yet, that brings a type: in the folders of
+/// STATION_COMPONENTS or in "lib/station". Each that is there is tried in a
+/// process of its own.
+std::optional<std::filesystem::path> libraryThatBrings(const std::string& type);
 
 }  // namespace trel::host

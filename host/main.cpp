@@ -20,6 +20,7 @@ int main(int argc, char** argv) {
         "4 a component failed, 5 stopped by the budget or the end of the stack, 6 cannot save.",
         "station");
     Action chosen;
+    addCheck(app, chosen);
     addRun(app, chosen);
     addShow(app, chosen);
     app.require_subcommand(1);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/host/Program.h"
+#include "tests/host/Row.h"
 
 // Stations that nobody draws, given to the program as files.
 
@@ -41,32 +42,6 @@ std::string nestedText() {
     return stationText(text, "    <child uint=\"10\" />\n");
 }
 
-// Buffers in a row, each handing its value on to the next.
-std::string chainText() {
-    std::string components;
-    std::string connections;
-    for (unsigned id = first; id != first + depth; ++id) {
-        fmt::format_to(std::back_inserter(components),
-                       "  <smart_component id=\"{0}\" name=\"B{0}\">\n"
-                       "    <type string=\"Buffer\" />\n    <parent uint=\"2\" />\n"
-                       "    <signal id=\"1\">\n      <name string=\"In\" />\n"
-                       "      <type string=\"DigitalInput\" />\n      <value int=\"0\" />\n"
-                       "    </signal>\n    <signal id=\"2\">\n      <name string=\"Out\" />\n"
-                       "      <type string=\"DigitalOutput\" />\n      <value int=\"0\" />\n"
-                       "    </signal>\n  </smart_component>\n",
-                       id);
-        fmt::format_to(std::back_inserter(connections), "    <child uint=\"{}\" />\n", id);
-        if (id + 1 != first + depth)
-            fmt::format_to(std::back_inserter(connections),
-                           "    <connection id=\"{}\">\n      <source uint64=\"{}\" />\n"
-                           "      <destination uint64=\"{}\" />\n      <index uint=\"{}\" />\n"
-                           "    </connection>\n",
-                           id, (static_cast<unsigned long long>(id) << 32) | 2,
-                           (static_cast<unsigned long long>(id + 1) << 32) | 1, id - first);
-    }
-    return stationText(components, connections);
-}
-
 class HostileTest : public FolderTest {};
 
 }  // namespace
@@ -84,7 +59,7 @@ TEST_F(HostileTest, GroupsAHundredThousandDeepAreShownRunAndSaved) {
 }
 
 TEST_F(HostileTest, AValuePassesAHundredThousandComponentsInARow) {
-    const std::string file = write("row.xml", chainText());
+    const std::string file = write("row.xml", rowText(depth, first, false));
     const std::string scenario = write("row.yaml", fmt::format("timeline:\n"
                                                                "  - at: 0s\n"
                                                                "    set: {{B{}.In: 1}}\n"

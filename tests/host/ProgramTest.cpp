@@ -164,9 +164,9 @@ TEST_F(StationRun, AComponentThatCannotBeMadeIsAFaultOfTheFile) {
     const Result result = station({"run", odd("Stillborn"), "--components", library("Odd")});
     EXPECT_EQ(result.code, 2);
     EXPECT_EQ(result.err, path("odd.xml") +
-                              ":10:3: component \"Odd\" (id 10) cannot be made by its type "
-                              "\"Stillborn\": misses its settings; look at its properties and "
-                              "signals\n");
+                              ":10:3: error: Odd: the type \"Stillborn\" cannot make the component: "
+                              "misses its settings; look at its properties and signals "
+                              "[type-fails]\n");
 }
 
 // Its pointer stays in the list of components; a new one comes under its id.
@@ -196,7 +196,8 @@ TEST_F(StationRun, ALibraryThatCannotServeIsNamedWithTheReason) {
         EXPECT_THAT(result.err, StartsWith(which + ": "));
         return result.err;
     };
-    EXPECT_THAT(fault(path("none.so")), HasSubstr("cannot be loaded as a library"));
+    EXPECT_THAT(fault(path("none.so")), HasSubstr("there is no such library"));
+    EXPECT_THAT(fault("none"), HasSubstr("no library of that name is in "));
     EXPECT_THAT(fault(file()), HasSubstr("cannot be loaded as a library"));
     EXPECT_THAT(fault(library("Nothing")), HasSubstr("lacks the function trelRegisterComponents"));
     EXPECT_THAT(fault(library("OtherLayout")),

@@ -1,6 +1,7 @@
 // A library of component types that misbehave, each in its own way.
 #include <QString>
 
+#include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -15,6 +16,7 @@ namespace {
 
 using trel::smartcomp::SmartComponent;
 
+// Keeps the settings of the base, which are not framed.
 class Odd : public SmartComponent {
 public:
     explicit Odd(std::shared_ptr<sdf::Element> element)
@@ -53,6 +55,13 @@ public:
     }
 };
 
+// Ends the process that makes it.
+class Crasher final : public Odd {
+public:
+    using Odd::Odd;
+    void readPropertyValues() override { std::abort(); }
+};
+
 template <typename Type>
 SmartComponent* make(std::shared_ptr<sdf::Element> element) {
     return new Type(std::move(element));
@@ -72,4 +81,6 @@ void trelRegisterComponents() {
     enter<Thrower>("Thrower");
     enter<Stillborn>("Stillborn");
     enter<Changer>("Changer");
+    enter<Crasher>("Crasher");
+    enter<Odd>("Bare");
 }

@@ -1,0 +1,70 @@
+#include <fmt/ostream.h>
+
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "host/Check.h"
+#include "host/Commands.h"
+
+namespace trel::host {
+
+namespace {
+
+struct Options {
+    std::vector<std::filesystem::path> files;
+    std::vector<std::filesystem::path> libraries;
+    bool strict = false;
+    bool json = false;
+};
+
+std::string jsonOf(const std::string& file, const Fault& fault) {
+    using Json = nlohmann::ordered_json;
+    return Json{{"file", file},
+                {"line", fault.place.line},
+                {"column", fault.place.column},
+                {"severity", nameOf(fault.code->severity)},
+                {"code", fault.code->code},
+                {"path", fault.path},
+                {"fault", fault.text},
+                {"remedy", fault.remedy}}
+        .dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+// "1 error", "2 errors".
+std::string counted(std::size_t number, std::string_view what) {
+    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
+}
+
+ExitCode check(const Options& options, std::ostream& out) {
+    std::size_t errors = 0;
+    std::size_t warnings = 0;
+    for (const auto& file : options.files)
+        for (const Fault& fault : faultsOfFile(file, options.libraries)) {
+            ++(fault.isError() ? errors : warnings);
+            out << (options.json ? jsonOf(file.string(), fault) : textOf(file.string(), fault))
+                << '\n';
+        }
+    if (!options.json)
+        fmt::print(out, "{}: {}, {}\n", counted(options.files.size(), "file"),
+                   counted(errors, "error"), counted(warnings, "warning"));
+    const bool isGood = errors == 0 && (!options.strict || warnings == 0);
+    return isGood ? ExitCode::Good : ExitCode::FileInvalid;
+}
+
+}  // namespace
+
+void addCheck(CLI::App& app, Action& chosen) {
+    const auto options = std::make_shared<Options>();
+    CLI::App& command = *app.add_subcommand(
+        "check", "Tells all that is wrong with station files, each fault with its place, what it is\n"
+                 "and what to do. Example: station check station.xml --strict");
+    command.add_option("FILE", options->files, "The station files")->required();
+    addLibraries(command, options->libraries);
+    command.add_flag("--strict", options->strict, "Count warnings as faults, too");
+    command.add_flag("--json", options->json, "Print a JSON object on a line for each fault");
+    command.callback([&chosen, options] {
+        chosen = [options](std::ostream& out) { return check(*options, out); };
+    });
+}
+
+}  // namespace trel::host
