@@ -194,17 +194,18 @@ void Run::contain(unsigned asked, const std::string& doing) {
     }
     const unsigned failed = chain.empty() ? asked : chain.back().destination.object;
     const std::string done =
-        chain.empty() ? doing
-                      : fmt::format("taking {} at {}, on the way {} from {} {}",
-                                    deliveries_.brought(), pathOf(chain.back().destination),
-                                    textOf(chain), called(asked), doing);
+        chain.empty() ? doing : fmt::format("taking {} at {}", deliveries_.brought(),
+                                            pathOf(chain.back().destination));
+    const std::string way =
+        chain.empty() ? "" : fmt::format("; what led there: {} {}, {}", called(asked), doing,
+                                         textOf(chain));
     deliveries_.forgetChain();
     for (SmartComponent* const component : componentsNow()) component->clearMarks();
     trace_.flush();
     if (isOver()) return;
     outcome_.faults.push_back({time_, called(failed),
-                               fmt::format("{} failed at {} while {}: {}", called(failed),
-                                           textOfTime(time_), done, thrown)});
+                               fmt::format("{} failed at {} while {}: {}{}", called(failed),
+                                           textOfTime(time_), done, thrown, way)});
     trace_.say("FAULT: " + outcome_.faults.back().text);
     deliveries_.setAside(failed);
     if (rules_.stopsOnFault) stop(End::Fault, "a component failed");

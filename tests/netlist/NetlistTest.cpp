@@ -9,6 +9,8 @@
 #include <random>
 
 #include "platform/broker/SignalBroker.h"
+#include "platform/station/Station.h"
+#include "tests/host/Program.h"
 #include "tests/netlist/GateStation.h"
 
 namespace trel::test {
@@ -207,6 +209,46 @@ TEST(Netlists, TheEvaluationAgreesWithArithmetic) {
             if (wires.at(netlist.outputs[bit])) result |= 1u << bit;
         ASSERT_EQ(result, a * b);
     }
+}
+
+// Written to a file, and run by the program within its usual budget.
+class NetlistsInTheHost : public FolderTest {
+protected:
+    void expectRight(const Netlist& netlist) {
+        {
+            const GateStation live(netlist);
+            Station::inst().save(path("s.xml"));
+        }
+        const Evaluation evaluate(netlist);
+        Random random(88);
+        std::string scenario = "step: 10ms\ntimeline:\n";
+        for (unsigned round = 0; round != 20; ++round) {
+            scenario += "  - at: " + std::to_string(round * 10) + "ms\n    set:\n";
+            Wires wires;
+            for (const std::string& input : netlist.inputs) {
+                wires[input] = random() % 2 == 0;
+                scenario += "      " + input + ".In0: " + (wires[input] ? "1\n" : "0\n");
+            }
+            wires = evaluate(wires);
+            scenario += "    expect:\n";
+            for (const std::string& output : netlist.outputs)
+                scenario += "      " + output + ".Out: " + (wires.at(output) ? "1\n" : "0\n");
+        }
+        const Result result = station({"run", path("s.xml"), "--scenario",
+                                       write("s.yaml", scenario), "--watch", "*.Out"});
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_NE(result.out.find("expectations: " +
+                                  std::to_string(20 * netlist.outputs.size()) + " held, 0 failed"),
+                  std::string::npos);
+    }
+};
+
+TEST_F(NetlistsInTheHost, AMultiplierMultipliesWithinTheBudget) { expectRight(multiplier()); }
+
+TEST_F(NetlistsInTheHost, TheInterruptControllerIsRightWithinTheBudget) {
+    const auto netlist = sample("iscas-c432.v");
+    if (!netlist) GTEST_SKIP() << "../shared/samples/netlist/iscas-c432.v is not there";
+    expectRight(*netlist);
 }
 
 TEST(Netlists, VerilogThatIsNoNetlistIsRefused) {

@@ -4,10 +4,13 @@
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "smartcomp/Lifecycle.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/Property.h"
+#include "smartcomp/SCSignal.h"
 #include "smartcomp/SmartComponent.h"
 #include "smartcomp/StationLogic.h"
 #include "smartcomp/TypeLibrary.h"
@@ -62,6 +65,26 @@ public:
     void readPropertyValues() override { std::abort(); }
 };
 
+// Sends the other value at each reaction, and fails at the one that its property 1 says.
+class Fragile final : public Odd {
+public:
+    using Odd::Odd;
+    void handleInputSignal(unsigned signalId, int value, long long time) override {
+        signalAt(signalId).setValue(value);
+        react(time);
+    }
+    void execute(long long time) override { react(time); }
+
+private:
+    void react(long long time) {
+        if (std::to_string(++reactions_) == getProperty(1)->value())
+            throw std::runtime_error("broke at " + std::to_string(reactions_));
+        handleOutputSignal(2, reactions_ % 2, time);
+    }
+
+    int reactions_ = 0;
+};
+
 template <typename Type>
 SmartComponent* make(std::shared_ptr<sdf::Element> element) {
     return new Type(std::move(element));
@@ -83,4 +106,5 @@ void trelRegisterComponents() {
     enter<Changer>("Changer");
     enter<Crasher>("Crasher");
     enter<Odd>("Bare");
+    enter<Fragile>("Fragile");
 }
