@@ -23,6 +23,7 @@ using Action = std::function<ExitCode(std::ostream& out)>;
 void addCheck(CLI::App& app, Action& chosen);
 void addRun(CLI::App& app, Action& chosen);
 void addShow(CLI::App& app, Action& chosen);
+void addTypes(CLI::App& app, Action& chosen);
 
 // What several of them share.
 

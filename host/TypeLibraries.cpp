@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <numeric>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "host/Child.h"
 #include "host/Failure.h"
@@ -162,6 +164,21 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+// How many letters are to be added, taken away or replaced.
+std::size_t distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i != a.size(); ++i) {
+        std::size_t corner = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j != b.size(); ++j) {
+            const std::size_t replaced = corner + (a[i] == b[j] ? 0 : 1);
+            corner = row[j + 1];
+            row[j + 1] = std::min({replaced, row[j] + 1, corner + 1});
+        }
+    }
+    return row.back();
+}
+
 }  // namespace
 
 std::vector<fs::path> libraryFolders() {
@@ -195,6 +212,20 @@ void loadTypeLibraries(const std::vector<fs::path>& libraries) {
                                                type, entry->second.string()));
             }
     for (const auto& [path, called] : all) load(path, called);
+}
+
+std::string_view nearestType(std::string_view name) {
+    constexpr std::size_t longest = 100;
+    std::string_view best;
+    std::size_t least = std::min(name.size(), longest) / 2 + 1;
+    if (name.size() > longest) return best;
+    for (const auto& type : smartcomp::Manager::inst()->types()) {
+        const std::size_t far = distance(name, type.name);
+        if (far >= least) continue;
+        least = far;
+        best = type.name;
+    }
+    return best;
 }
 
 std::optional<fs::path> libraryThatBrings(const std::string& type) {

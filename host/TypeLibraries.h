@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace trel::host {
@@ -26,5 +27,8 @@ std::vector<std::filesystem::path> libraryFolders();
 /// STATION_COMPONENTS or in "lib/station". Each that is there is tried in a
 /// process of its own.
 std::optional<std::filesystem::path> libraryThatBrings(const std::string& type);
+
+/// The registered type whose name is nearest; empty if none is near.
+std::string_view nearestType(std::string_view name);
 
 }  // namespace trel::host

@@ -23,6 +23,7 @@ int main(int argc, char** argv) {
     addCheck(app, chosen);
     addRun(app, chosen);
     addShow(app, chosen);
+    addTypes(app, chosen);
     app.require_subcommand(1);
 
     try {
