@@ -276,16 +276,12 @@ void Aggregation::beforeEdit() {
 const Wiring* Aggregation::makeWiring(Served served) {
     constexpr unsigned worthOfWiring = 8;  // plain walks
     if (wired_.isCopy) beforeEdit();
-    if (served == Served::Connections && !wired_.connections &&
-        ++wired_.plainWalks <= worthOfWiring)
-        return nullptr;
+    if (served == Served::Connections && ++wired_.plainWalks <= worthOfWiring) return nullptr;
+    auto connections = inOrderOfService(served);
+    if (served == Served::Bindings)
+        std::erase_if(connections, [](const Connection* c) { return !c->isBinding(); });
     auto& wiring = served == Served::Connections ? wired_.connections : wired_.bindings;
-    if (!wiring) {
-        auto connections = inOrderOfService(served);
-        if (served == Served::Bindings)
-            std::erase_if(connections, [](const Connection* c) { return !c->isBinding(); });
-        wiring = std::make_unique<const Wiring>(connections);
-    }
+    wiring = std::make_unique<const Wiring>(connections);
     return wiring.get();
 }
 

@@ -94,7 +94,7 @@ private:
 
     End source_;
     End destination_;
-    int index_ = -1;     // place in the order; -1 in a binding
+    int index_;          // place in the order; -1 in a binding
     bool gone_ = false;  // deleted while its aggregation is held
     Aggregation* owner_ = nullptr;  // who hears of edits; a copy has none
 };

@@ -146,6 +146,12 @@ std::vector<Operation> operationsOfAggregations() {
              [](Scene& scene) { scene.cell().addChildComponent(fresh, position); }),
         sets("addChildComponent of a child",
              [](Scene& scene) { scene.cell().addChildComponent(lamp, position); }),
+        // Among so many that the element makes an index of its children.
+        sets("addChildComponent of many",
+             [](Scene& scene) {
+                 for (unsigned id = 30; id < 60; ++id)
+                     scene.group().addChildComponent(id, std::nullopt);
+             }),
         sets("removeChildComponent", [](Scene& scene) { scene.cell().removeChildComponent(lamp); }),
         sets("moveChild", [](Scene& scene) { scene.cell().moveChild(lamp, 2); }),
         sets("setChildXY", [](Scene& scene) { scene.group().setChildXY(inner, 5, 6); }),

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <utility>
 
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
@@ -48,6 +49,16 @@ TEST(Attr, TakesANewValueOfAnotherType) {
     attr.set(std::string("three"));
     EXPECT_EQ(attr.type(), "string");
     EXPECT_EQ(std::any_cast<std::string>(attr.value()), "three");
+}
+
+TEST(Attr, IsMovedAsAWhole) {
+    Attr from("index", "uint", 3u, true);
+    Attr to("x", "int", 1, false);
+    to = std::move(from);
+    EXPECT_EQ(to.name(), "index");
+    EXPECT_EQ(to.type(), "uint");
+    EXPECT_EQ(std::any_cast<unsigned>(to.value()), 3u);
+    EXPECT_TRUE(to.isPersistent());
 }
 
 TEST(Attr, KeepsTheOldValueWhenTheNewOneIsRefused) {

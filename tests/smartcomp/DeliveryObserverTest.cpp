@@ -145,6 +145,16 @@ TEST_F(DeliveryObserverTest, WhoReplacesAnObserverIsGivenIt) {
     EXPECT_EQ(observed(), Lines{});
 }
 
+TEST_F(DeliveryObserverTest, AnObserverThatLeavesInTheMiddleHoldsNothingUp) {
+    Watching watching;
+    watching.onBefore = [](const auto&) { return DeliveryObserver::replace(nullptr) != nullptr; };
+    freshLog();
+    component(10).handleSignalValue(2, 1, 0);
+    EXPECT_EQ(observed(), Lines{"before 10.2 -> 11.1 = 1"});
+    EXPECT_EQ(log().startingWith("B.input"), Lines{"B.input 1 = 1 at 0"});
+    EXPECT_EQ(log().startingWith("C.input"), Lines{"C.input 1 = 1 at 0"});
+}
+
 // A throw interrupts the settings on its way, and they keep their marks.
 TEST_F(DeliveryObserverTest, WithoutItsMarksAComponentIsSetAgain) {
     component(11).onInput = [](unsigned, int value, long long) {
