@@ -17,6 +17,7 @@ RELATIONAL = {
 FUNCTIONS = {K.FUNCTION_DECL, K.CXX_METHOD, K.CONSTRUCTOR, K.DESTRUCTOR, K.FUNCTION_TEMPLATE,
              K.CONVERSION_FUNCTION}
 INTEGERS = {T.INT, T.UINT, T.LONG, T.ULONG, T.LONGLONG, T.ULONGLONG, T.DOUBLE}
+MOST = 65_536  # mutants, as in Mutant.cpp
 # What a constant expression needs stays as it is.
 CONSTANT = {K.ENUM_DECL, K.STATIC_ASSERT, K.TEMPLATE_NON_TYPE_PARAMETER, K.PARM_DECL}
 
@@ -34,6 +35,7 @@ class Mutant:
     text: str       # of the place, in one line
     text_lines: int
     key: str = ""   # the same wherever the place moves
+    number: int = 0
 
 
 class Finder:
@@ -201,19 +203,28 @@ def bodies(kind, children):
 
 
 def sample(mutants, seed):
-    """All, in an order that is the same for one seed and moves as little as can
-    be when the library changes."""
-    return sorted(mutants, key=lambda m: hashlib.sha256(f"{seed} {m.key}".encode()).digest())
+    """All, in an order that is the same for one seed, and with numbers: both
+    change as little as can be when the library changes."""
+    def digest(m):
+        return hashlib.sha256(f"{seed} {m.key}".encode()).digest()
+
+    ordered, taken = sorted(mutants, key=digest), set()
+    for m in ordered:
+        m.number = int.from_bytes(digest(m)[-2:], "big")
+        while m.number in taken:
+            m.number = (m.number + 1) % MOST
+        taken.add(m.number)
+    return ordered
 
 
-def planted(source, numbered):
-    """The text of a file with its mutants, given as (number, mutant)."""
+def planted(source, mutants):
+    """The text of a file with its mutants."""
     marks = []
-    for number, m in numbered:
+    for order, m in enumerate(mutants):
         # At one place statements open before expressions, and what opens first
         # closes last.
-        marks.append((m.start, 1, -m.end, bool(m.behind), number, m.before % number))
-        marks.append((m.end, 0, -m.start, False, -number, m.behind))
+        marks.append((m.start, 1, -m.end, bool(m.behind), order, m.before % m.number))
+        marks.append((m.end, 0, -m.start, False, -order, m.behind))
     text, at = [], 0
     for offset, _, _, _, _, mark in sorted(marks):
         text += [source[at:offset].decode(), mark]
