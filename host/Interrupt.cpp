@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include <atomic>
+#include <ctime>
 
 namespace trel::host {
 
@@ -11,9 +12,24 @@ namespace {
 std::atomic<int> caught = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
 
+// Seconds of some clock.
+std::time_t now() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec;
+}
+
+std::atomic<std::time_t> since = 0;
+
+// Who ends a program often tells it and its group, at the same time.
 extern "C" void keep(int signal) {
-    caught = signal;
-    std::signal(signal, SIG_DFL);
+    constexpr std::time_t patience = 2;
+    if (caught.exchange(signal) == 0) {
+        since = now();
+    } else if (now() - since >= patience) {
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+    }
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 namespace trel::host {
 
 /// From now on an interrupt from the terminal, and a request to end, are kept for those
-/// who ask; the second one ends the program at once.
+/// who ask; one that comes some seconds after the first ends the program at once.
 void catchInterrupts();
 
 /// Whether one came.

@@ -63,6 +63,7 @@ RunOutcome Run::play() {
         if (time == nextStep) nextStep += rules_.step;
         at(time);
         if (rules_.onStep) rules_.onStep(time);
+        heedInterrupt();
     }
     finish();
     return std::move(outcome_);
@@ -170,9 +171,13 @@ void Run::call(unsigned id, const std::string& doing, const std::function<void()
         outcome_.hotspots = hotspots(deliveries_, 5);
         stop(End::Budget, fmt::format("the budget of {} deliveries in a step is spent at {}",
                                       deliveries_.budget(), textOfTime(time_)));
-    } else if (wasInterrupted()) {
-        stop(End::Interrupted, fmt::format("interrupted at {}", textOfTime(time_)));
     }
+    heedInterrupt();
+}
+
+void Run::heedInterrupt() {
+    if (wasInterrupted())
+        stop(End::Interrupted, fmt::format("interrupted at {}", textOfTime(time_)));
 }
 
 // A signal that is held and took another value in a call gets its own again, once: on a

@@ -80,6 +80,7 @@ private:
     void apply(const Setting& setting);
     void setAgain(const Member& signal, int value);
     void call(unsigned id, const std::string& doing, const std::function<void()>& function);
+    void heedInterrupt();
     void putRight();
     void contain(unsigned asked, const std::string& doing);
     void stop(RunOutcome::End end, const std::string& reason);

@@ -10,6 +10,7 @@
 #include "host/JUnit.h"
 #include "host/LiveStation.h"
 #include "host/OutputFile.h"
+#include "host/Progress.h"
 #include "host/Run.h"
 #include "host/Scenario.h"
 #include "host/Script.h"
@@ -188,6 +189,8 @@ ExitCode run(const Options& options, std::ostream& out) {
     unsigned long long changes = 0;
     {
         Traces traces(options, script, out);
+        Progress progress(rules.until);
+        rules.onStep = [&](Time time) { progress.show(time); };
         catchInterrupts();
         outcome = Run(script, traces.trace(), rules).play();
         changes = traces.trace().changes();
