@@ -23,7 +23,7 @@ need_to_build() {
 
 need_to_test() {
   need_to_build
-  need libgtest-dev libgmock-dev gtkwave libxml2-utils python3-jsonschema python3-yaml
+  need libgtest-dev libgmock-dev graphviz gtkwave libxml2-utils python3-jsonschema python3-yaml
 }
 
 # quietly LOG COMMAND...: shows what the command printed only when it fails.

@@ -21,6 +21,7 @@ using Action = std::function<ExitCode(std::ostream& out)>;
 // the command line names becomes `chosen`.
 
 void addCheck(CLI::App& app, Action& chosen);
+void addGraph(CLI::App& app, Action& chosen);
 void addRun(CLI::App& app, Action& chosen);
 void addShow(CLI::App& app, Action& chosen);
 void addTypes(CLI::App& app, Action& chosen);

@@ -2,36 +2,13 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <string_view>
 #include <utility>
 
-#include "platform/sdf/XmlText.h"
+#include "host/Markup.h"
 
 namespace trel::host {
 
 namespace {
-
-// What XML cannot hold is left out.
-std::string escaped(std::string_view text) {
-    std::string result;
-    while (!text.empty()) {
-        const auto [code, length] = sdf::xml::decode(text);
-        const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-        text.remove_prefix(character.size());
-        switch (length == 0 ? 0 : code) {
-            case '<': result += "&lt;"; break;
-            case '>': result += "&gt;"; break;
-            case '&': result += "&amp;"; break;
-            case '"': result += "&quot;"; break;
-            case '\n': result += "&#10;"; break;
-            case '\t': result += "&#9;"; break;
-            default:
-                if (length != 0 && sdf::xml::isAllowed(code)) result += character;
-        }
-    }
-    return result;
-}
 
 std::string seconds(Time time) { return fmt::format("{}.{:06}", time / 1'000'000, time % 1'000'000); }
 
@@ -42,7 +19,7 @@ public:
     // `inside` is what the case contains, if it did not pass.
     void add(const std::string& name, Time time, const std::string& inside) {
         cases_ += fmt::format("    <testcase classname=\"{}\" name=\"{}\" time=\"{}\"",
-                              escaped(scenario_), escaped(name), seconds(time));
+                              escapedMarkup(scenario_), escapedMarkup(name), seconds(time));
         cases_ += inside.empty() ? std::string(" />\n")
                                  : fmt::format(">\n      {}\n    </testcase>\n", inside);
         ++count_;
@@ -52,16 +29,16 @@ public:
         ++failures_;
         add(name, time,
             fmt::format("<failure type=\"expectation\" message=\"{}\">{}</failure>",
-                        escaped(message), escaped(text)));
+                        escapedMarkup(message), escapedMarkup(text)));
     }
     void error(const std::string& name, Time time, const std::string& type,
                const std::string& message) {
         ++errors_;
-        add(name, time, fmt::format("<error type=\"{}\" message=\"{}\" />", type, escaped(message)));
+        add(name, time, fmt::format("<error type=\"{}\" message=\"{}\" />", type, escapedMarkup(message)));
     }
     void skipped(const std::string& name, Time time, const std::string& message) {
         ++skipped_;
-        add(name, time, fmt::format("<skipped message=\"{}\" />", escaped(message)));
+        add(name, time, fmt::format("<skipped message=\"{}\" />", escapedMarkup(message)));
     }
 
     std::string text(Time length) const {
@@ -71,7 +48,7 @@ public:
         return fmt::format("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                            "<testsuites {0}>\n  <testsuite name=\"{1}\" {0}>\n{2}"
                            "  </testsuite>\n</testsuites>\n",
-                           counts, escaped(scenario_), cases_);
+                           counts, escapedMarkup(scenario_), cases_);
     }
 
 private:

@@ -21,6 +21,7 @@ int main(int argc, char** argv) {
         "station");
     Action chosen;
     addCheck(app, chosen);
+    addGraph(app, chosen);
     addRun(app, chosen);
     addShow(app, chosen);
     addTypes(app, chosen);
