@@ -6,11 +6,14 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Commands.h"
+#include "host/Graph.h"
+#include "host/Graphviz.h"
 #include "host/Interrupt.h"
 #include "host/JUnit.h"
 #include "host/LiveStation.h"
 #include "host/OutputFile.h"
 #include "host/Progress.h"
+#include "host/Report.h"
 #include "host/Run.h"
 #include "host/Scenario.h"
 #include "host/Script.h"
@@ -37,6 +40,7 @@ struct Options {
     std::optional<std::filesystem::path> vcd;
     std::optional<std::filesystem::path> csv;
     std::optional<std::filesystem::path> junit;
+    std::optional<std::filesystem::path> report;
     std::optional<std::uint64_t> seed;
     unsigned long long budget = RunRules::usualBudget;
     bool stopsOnFault = false;
@@ -65,13 +69,34 @@ public:
             vcd_ = vcd.get();
             add(std::move(vcd));
         }
+        if (options.report) {
+            auto report = std::make_unique<ReportTrace>(watch_);
+            report_ = report.get();
+            add(std::move(report));
+        }
         trace_.emplace(sinks_);
     }
 
     Trace& trace() { return *trace_; }
 
-    /// The run ended at `time`.
-    void finish(Time time) {
+    void finish(const RunOutcome& outcome) {
+        finishVcd(outcome.time);
+        if (report_) writeFile(*options_.report, textOfReport(headOf(), outcome, *report_));
+    }
+
+private:
+    ReportHead headOf() const {
+        std::string diagram;
+        try {
+            diagram = drawn(dotOfStation({.values = true}), "svg").value_or("");
+        } catch (const Failure&) {
+            // Graphviz gives up on some graphs; the rest of the report is good.
+        }
+        return {options_.file.string(), options_.scenario ? options_.scenario->string() : "",
+                diagram};
+    }
+
+    void finishVcd(Time time) {
         if (csvFile_) csvFile_->finish();
         if (!vcd_) return;
         vcd_->end(time);
@@ -81,7 +106,6 @@ public:
                   vcd_->saveFile(options_.vcd->filename().string(), watch_));
     }
 
-private:
     void add(std::unique_ptr<TraceSink> sink) {
         sinks_.push_back(sink.get());
         owned_.push_back(std::move(sink));
@@ -94,6 +118,7 @@ private:
     std::vector<std::unique_ptr<TraceSink>> owned_;
     std::vector<TraceSink*> sinks_;
     VcdTrace* vcd_ = nullptr;
+    ReportTrace* report_ = nullptr;
     std::optional<Trace> trace_;
 };
 
@@ -194,7 +219,7 @@ ExitCode run(const Options& options, std::ostream& out) {
         catchInterrupts();
         outcome = Run(script, traces.trace(), rules).play();
         changes = traces.trace().changes();
-        traces.finish(outcome.time);
+        traces.finish(outcome);
     }
     (options.json ? printJson : print)(outcome, changes, lateOnes(script, rules.until), out);
     if (options.junit)
@@ -249,6 +274,10 @@ void addRun(CLI::App& app, Action& chosen) {
     command
         .add_option("--junit", options->junit,
                     "What was expected and what came of it, as CI servers read it")
+        ->type_name("FILE");
+    command
+        .add_option("--report", options->report,
+                    "The run as one HTML page: expectations, events, waveforms, diagram")
         ->type_name("FILE");
     command.add_option("--seed", options->seed, "Of random values, in place of the scenario's")
         ->type_name("NUMBER");
