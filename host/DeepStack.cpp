@@ -10,7 +10,7 @@ namespace trel::host {
 namespace {
 
 // Of address space: memory is taken where the stack is used.
-constexpr std::size_t deepStack = std::size_t{1} << 30;  // bytes
+constexpr std::size_t deepStack = std::size_t{1} << 29;  // bytes
 
 struct Call {
     const std::function<void()>& function;

@@ -19,7 +19,9 @@ namespace trel::host {
 
 /// How a run is played.
 struct RunRules {
-    static constexpr unsigned long long usualBudget = 10'000'000;
+    /// More than a step of any real cell takes, and more than the stack has room for: what
+    /// nests without end is told as that.
+    static constexpr unsigned long long usualBudget = 2'000'000;
 
     Time step = 10'000;  // longer than 0
     Time until = 0;      // what the script does later is left out

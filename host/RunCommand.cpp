@@ -124,7 +124,7 @@ private:
 
 [[noreturn]] void refuseLate(const Scenario& scenario) {
     throw Failure(ExitCode::FileInvalid,
-                  fmt::format("{}: this moment comes after the end of the run at {}; let the run "
+                  fmt::format("{}: error: this moment comes after the end of the run at {}; let the run "
                               "last longer, or take it out",
                               scenario.textOf(scenario.timeline.back().place),
                               textOfTime(*scenario.until)));
@@ -157,6 +157,8 @@ void print(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t
     if (late > 0)
         fmt::print(out, "left out, since they come later: {} of the scenario's moments\n", late);
     for (const std::string& failed : outcome.failed) fmt::print(out, "{}\n", failed);
+    for (const RunOutcome::Fault& fault : outcome.faults)
+        fmt::print(out, "set aside at {}: {}\n", textOfTime(fault.at), fault.component);
 }
 
 // The last line of what --json prints.

@@ -366,7 +366,7 @@ void ScenarioFaults::refuse() const {
     std::string text;
     for (const Fault& fault : sorted) {
         if (!text.empty()) text += '\n';
-        text += fmt::format("{}: {}", scenario_.textOf(fault.place), fault.text);
+        text += fmt::format("{}: error: {}", scenario_.textOf(fault.place), fault.text);
     }
     throw Failure(ExitCode::FileInvalid, text);
 }

@@ -117,7 +117,7 @@ TEST_F(StationRun, ASetWithAFaultyScenarioLeavesTheFile) {
     const Result result = station({"run", file(), "--save", file(), "--scenario",
                                    scenario("timeline:\n  - at: 0s\n    set: {B.In: 1}\n")});
     EXPECT_EQ(result.code, 2);
-    EXPECT_THAT(result.err, HasSubstr("s.yaml:3:11: there is no B in the station"));
+    EXPECT_THAT(result.err, HasSubstr("s.yaml:3:11: error: there is no B in the station"));
     EXPECT_EQ(readFile(file()), before);
 }
 
@@ -133,7 +133,7 @@ TEST_F(StationRun, AMomentBehindTheEndIsNotPassedOverInSilence) {
     const std::string play = scenario("until: 1s\ntimeline:\n  - at: 2s\n    say: late\n");
     const Result result = station({"run", file(), "--scenario", play});
     EXPECT_EQ(result.code, 2);
-    EXPECT_THAT(result.err, HasSubstr(play + ":3:5: this moment comes after the end"));
+    EXPECT_THAT(result.err, HasSubstr(play + ":3:5: error: this moment comes after the end"));
     const Result cut = station({"run", file(), "--scenario", play, "--until", "1s"});
     EXPECT_EQ(cut.code, 0);
     EXPECT_THAT(cut.out, HasSubstr("left out, since they come later: 1 of the scenario's moments"));
