@@ -168,7 +168,6 @@ void SmartComponent::retire() {
     }
     element()->removeFromParent();
     held_.removed = true;
-    signalsNumber_ = nextNumber();
     held_.remains->component = true;
 }
 

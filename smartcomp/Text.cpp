@@ -15,7 +15,7 @@ namespace {
 
 // A number's text without white space before it and without its sign.
 struct Magnitude {
-    bool negative = false;
+    bool negative;
     std::string_view digits;
 };
 
@@ -23,11 +23,9 @@ Magnitude magnitudeOf(std::string_view text) {
     const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
     if (start == std::string_view::npos) return {};
     text.remove_prefix(start);
-    Magnitude magnitude;
-    magnitude.negative = text.front() == '-';
-    if (text.front() == '-' || text.front() == '+') text.remove_prefix(1);
-    magnitude.digits = text;
-    return magnitude;
+    const bool isNegative = text.front() == '-';
+    if (isNegative || text.front() == '+') text.remove_prefix(1);
+    return {isNegative, text};
 }
 
 bool startsWithSign(std::string_view text) {

@@ -9,6 +9,7 @@
 #include "host/LiveStation.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/Station.h"
+#include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
 #include "smartcomp/Manager.h"
 #include "smartcomp/StationLogic.h"
@@ -207,6 +208,28 @@ TEST_F(StartingWithoutMemory, LoadLeavesTheDocumentWholeAndMakesAllLater) {
         }
         expectMirrors(2);
         EXPECT_EQ(Station::inst().text(), stationText);
+        return hasFailed ? Attempt::Survived : Attempt::NothingFailed;
+    });
+}
+
+TEST_F(StartingWithoutMemory, TheFirstRemovalUnderAHoldIsWholeOrIsNone) {
+    everywhere([](How how, std::size_t n) {
+        smartcomp::Load();
+        auto& group = dynamic_cast<Aggregation&>(*sdf::SdfManager::inst()->find(10));
+        auto& part = dynamic_cast<SmartComponent&>(*sdf::SdfManager::inst()->find(11));
+        const smartcomp::Hold hold(part);
+        const std::string before = Station::inst().text();
+        bool hasFailed;
+        if (!getsBy(how, n, hasFailed, [] { smartcomp::RemoveSmartComponent(11); })) {
+            EXPECT_EQ(Station::inst().text(), before);
+            EXPECT_EQ(sdf::SdfManager::inst()->find(11), &part);
+            EXPECT_TRUE(group.hasObjChild(11));
+            expectMirrors(2);
+            smartcomp::RemoveSmartComponent(11);
+        }
+        EXPECT_EQ(sdf::SdfManager::inst()->find(11), nullptr);
+        EXPECT_FALSE(group.hasObjChild(11));
+        expectMirrors(1);
         return hasFailed ? Attempt::Survived : Attempt::NothingFailed;
     });
 }

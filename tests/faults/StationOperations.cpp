@@ -100,6 +100,19 @@ std::vector<Operation> operationsOfAggregations() {
         builds("Connection::Build in the middle", {lamp, 2}, {belt, 3}, 2),
         builds("Connection::Build at the end", {lamp, 2}, {belt, 3}, 5),
         builds("Connection::Build beyond the end", {lamp, 2}, {belt, 3}, 50),
+        // So many that the order takes more memory.
+        {"Connection::Build of ten",
+         [](Scene& scene) {
+             for (unsigned id = 40; id < 50; ++id)
+                 if (!tableOf(scene.cell()).contains(id))
+                     smartcomp::Connection::Build(&scene.cell(), id, lamp, 2, belt, 3,
+                                                  static_cast<int>(id) - 35);
+         },
+         [](Scene&) {},
+         [](Scene& scene) {
+             for (unsigned id = 40; id < 50; ++id)
+                 if (!tableOf(scene.cell()).contains(id)) takeAwayConnection(id);
+         }},
         builds("Connection::Build of a binding", {lamp, 1}, {belt, 1}, -1),
         {"Connection::Create",
          [](Scene& scene) { smartcomp::Connection::Create(&scene.cell(), scene.element); },

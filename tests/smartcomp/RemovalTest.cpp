@@ -61,6 +61,13 @@ TEST_F(RemovalTest, WhatIsRemovedTakesNoValues) {
                      .signal(2, "Out", "DigitalOutput")
                      .make<Framed>();
     signalOf(lamp, 2).setValue(0);
+    // The connections that began there are there still.
+    const auto& horn = Draft("Framed", 11, "Horn")
+                           .property(1, "Text", "String", std::string("old"))
+                           .signal(1, "In", "DigitalInput")
+                           .make<Framed>();
+    connect(logic(), {10, 2}, {11, 1});
+    bind(logic(), {10, 1}, {11, 1});
     const smartcomp::Hold hold(lamp);
     RemoveSubSmartComponent(10);
     freshLog();
@@ -75,6 +82,7 @@ TEST_F(RemovalTest, WhatIsRemovedTakesNoValues) {
 
     EXPECT_EQ(log().lines(), Lines{});
     EXPECT_EQ(lamp.getProperty(1)->value(), "old");
+    EXPECT_EQ(horn.getProperty(1)->value(), "old");
     EXPECT_TRUE(settingSignals(lamp).empty());
     EXPECT_TRUE(settingProperties(lamp).empty());
 }

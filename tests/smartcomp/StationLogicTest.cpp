@@ -265,6 +265,16 @@ TEST_F(StationLogicTest, ABadObjectIdEscapesTheQuestionAndTheLockIsFree) {
     sdf::SdfManager::inst()->mutex().unlock();
 }
 
+// So that it ends, or throws, the same in every process.
+TEST_F(StationLogicTest, ComponentsAreAskedInTheOrderOfTheirIds) {
+    enter<Thing>(30, "Pallet");
+    for (const unsigned id : {14u, 10u, 17u, 12u})
+        Draft("Box", id, "Box")
+            .property(1, "Part", "ObjectId", std::string(id == 10 ? "30" : "none"))
+            .make<Box>();
+    EXPECT_TRUE(logic().isObjectUsedByComponent(30)) << "of those that throw none was asked";
+}
+
 // ---- Signals and steps
 
 TEST_F(StationLogicTest, AnInputThatReachesItWhileRunningChangesNothing) {
