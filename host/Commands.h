@@ -22,9 +22,13 @@ using Action = std::function<ExitCode(std::ostream& out)>;
 
 void addCheck(CLI::App& app, Action& chosen);
 void addGraph(CLI::App& app, Action& chosen);
+void addDiff(CLI::App& app, Action& chosen);
 void addRun(CLI::App& app, Action& chosen);
+void addSet(CLI::App& app, Action& chosen);
 void addShow(CLI::App& app, Action& chosen);
 void addTypes(CLI::App& app, Action& chosen);
+void addWiring(CLI::App& app, Action& chosen);   // connect, disconnect, move
+void addObjects(CLI::App& app, Action& chosen);  // remove, rename
 
 // What several of them share.
 

@@ -85,10 +85,6 @@ Path split(std::string_view path) {
         throw NameError(fmt::format("\"{}\" in {} does not belong to a name; put names with "
                                     "special characters in quotes",
                                     rest, path));
-    if (result.member.empty())
-        throw NameError(fmt::format("{} names no signal or property; write one behind a point, as "
-                                    "in Cell/Gripper.Close",
-                                    path));
     return result;
 }
 
@@ -166,6 +162,10 @@ Names::Names() {
 
 Member Names::member(std::string_view path) const {
     const Path parts = split(path);
+    if (parts.member.empty())
+        throw NameError(fmt::format("{} names no signal or property; write one behind a point, as "
+                                    "in Cell/Gripper.Close",
+                                    path));
     const unsigned owner = object(parts.steps, path);
     const auto found = membersLike(owner, parts.member);
     if (found.size() == 1) return found.front();
@@ -182,6 +182,17 @@ Member Names::member(std::string_view path) const {
         candidates += (candidates.empty() ? "" : ", ") + surePath(member);
     throw NameError(fmt::format("{} is ambiguous; write one of {}", path, candidates));
 }
+
+unsigned Names::object(std::string_view path) const {
+    const Path parts = split(path);
+    if (!parts.member.empty())
+        throw NameError(fmt::format("{} names a signal or property; write the path of a component, "
+                                    "as in Cell/Gripper",
+                                    path));
+    return object(parts.steps, path);
+}
+
+bool Names::isOfMember(std::string_view path) { return !split(path).member.empty(); }
 
 unsigned Names::object(const std::vector<std::string_view>& steps, std::string_view path) const {
     unsigned here = StationLogic::inst()->id();

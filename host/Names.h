@@ -51,6 +51,13 @@ public:
     /// path with all that it may stand for.
     Member member(std::string_view path) const;
 
+    /// The component or controller that `path` stands for, the same way.
+    unsigned object(std::string_view path) const;
+
+    /// Whether a path goes on to a signal or property.
+    /// \throws NameError for what is no path.
+    static bool isOfMember(std::string_view path);
+
 private:
     unsigned object(const std::vector<std::string_view>& steps, std::string_view path) const;
     std::vector<unsigned> childrenLike(unsigned parent, std::string_view step) const;

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "host/Edges.h"
 #include "host/Members.h"
 #include "host/Names.h"
 #include "host/Objects.h"
@@ -102,18 +103,12 @@ private:
         for (const auto& [id, connection] : aggregation.connections())
             ordered.emplace(connection->getIndex(), connection);
         for (const auto& [index, connection] : ordered)
-            line(depth, "connection {}: {}", index, ends(*connection, Member::Kind::Signal));
+            line(depth, "connection {}: {}", index, endsOf(*connection));
 
         std::map<unsigned, const Connection*> bindings;  // by id
         for (const auto& [id, binding] : aggregation.bindings()) bindings.emplace(id, binding);
         for (const auto& [id, binding] : bindings)
-            line(depth, "binding: {}", ends(*binding, Member::Kind::Property));
-    }
-
-    static std::string ends(const Connection& connection, Member::Kind kind) {
-        const Member from{connection.getSrcComponentId(), kind, connection.getSrcSignalId()};
-        const Member to{connection.getDstComponentId(), kind, connection.getDstSignalId()};
-        return fmt::format("{} -> {}", pathOf(from), pathOf(to));
+            line(depth, "binding: {}", endsOf(*binding));
     }
 
     const Tree tree_;

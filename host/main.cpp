@@ -16,8 +16,9 @@ int codeOf(ExitCode code) { return static_cast<int>(code); }
 int main(int argc, char** argv) {
     CLI::App app(
         "A host for robot-cell stations.\n"
-        "Exit codes: 0 good, 1 an expectation failed, 2 a file is invalid, 3 wrong usage,\n"
-        "4 a component failed, 5 stopped by the budget or the end of the stack, 6 cannot save.",
+        "Exit codes: 0 good, 1 an expectation failed or files differ, 2 a file is invalid,\n"
+        "3 wrong usage, 4 a component failed, 5 stopped by the budget or the end of the stack,\n"
+        "6 cannot save.",
         "station");
     Action chosen;
     addCheck(app, chosen);
@@ -25,6 +26,10 @@ int main(int argc, char** argv) {
     addRun(app, chosen);
     addShow(app, chosen);
     addTypes(app, chosen);
+    addSet(app, chosen);
+    addWiring(app, chosen);
+    addObjects(app, chosen);
+    addDiff(app, chosen);
     app.require_subcommand(1);
 
     try {

@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string>
 #include <utility>
 
 #include "smartcomp/Lifecycle.h"
@@ -58,6 +59,15 @@ public:
     }
 };
 
+// Fails when it is set.
+class Touchy final : public Odd {
+public:
+    using Odd::Odd;
+    void setPropertyValue(unsigned, const std::string&) override {
+        throw std::runtime_error("does not like it");
+    }
+};
+
 // Ends the process that makes it.
 class Crasher final : public Odd {
 public:
@@ -105,6 +115,7 @@ void trelRegisterComponents() {
     enter<Stillborn>("Stillborn");
     enter<Changer>("Changer");
     enter<Crasher>("Crasher");
+    enter<Touchy>("Touchy");
     enter<Odd>("Bare");
     enter<Fragile>("Fragile");
 }
