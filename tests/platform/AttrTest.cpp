@@ -3,14 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
+#include "tests/support/Expect.h"
 
 namespace {
 
 using sdf::Attr;
+using trel::test::expectThrow;
 
 TEST(Attr, NamesTheTypesThatTheDocumentHolds) {
     EXPECT_EQ(Attr::Type(typeid(std::string)), "string");
@@ -24,7 +27,10 @@ TEST(Attr, NamesTheTypesThatTheDocumentHolds) {
 }
 
 TEST(Attr, KnowsNoOtherType) {
-    EXPECT_THROW(Attr::Type(typeid(float)), std::invalid_argument);
+    expectThrow<std::invalid_argument>(
+        std::string("the document does not hold values of the program type ") +
+            typeid(float).name(),
+        [] { Attr::Type(typeid(float)); });
     EXPECT_THROW(Attr::Type(typeid(const char*)), std::invalid_argument);
     EXPECT_THROW(Attr::Type(typeid(void)), std::invalid_argument);
 }
@@ -39,7 +45,8 @@ TEST(Attr, HoldsNameTypeAndValue) {
 }
 
 TEST(Attr, RefusesAValueOfAnotherTypeThanSaid) {
-    EXPECT_THROW(Attr("index", "uint", 3, true), std::invalid_argument);
+    expectThrow<std::invalid_argument>("a value of type int is no uint",
+                                       [] { Attr("index", "uint", 3, true); });
     EXPECT_THROW(Attr("index", "uint", {}, true), std::invalid_argument);
     EXPECT_THROW(Attr("index", "float", 1.0f, true), std::invalid_argument);
 }

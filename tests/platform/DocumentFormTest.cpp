@@ -13,6 +13,7 @@
 #include "tests/platform/Files.h"
 #include "tests/platform/WriteLog.h"
 #include "tests/support/CommaNumbers.h"
+#include "tests/support/Expect.h"
 
 namespace {
 
@@ -218,7 +219,10 @@ TEST(DocumentForm, LeavesOutWhatItIsTold) {
               head + "<a />\n");
 }
 
-TEST(DocumentForm, NeedsARoot) { EXPECT_THROW(Document(nullptr), std::invalid_argument); }
+TEST(DocumentForm, NeedsARoot) {
+    expectThrow<std::invalid_argument>("a document needs a root element",
+                                       [] { Document document(nullptr); });
+}
 
 TEST(DocumentForm, ReadsAMillionRandomDoublesBackBitEqual) {
     const TemporaryFolder folder;

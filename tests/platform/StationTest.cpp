@@ -129,8 +129,12 @@ TEST(Station, OpensNothingWhileItsLogicLives) {
     const auto element = GetStationElem();
     {
         const Live logic(GetStationLogicElem(), sdf::ObjectType::StationLogic);
-        EXPECT_THROW(open("<station id='1' name='B'/>"), std::logic_error);
-        EXPECT_THROW(station().open(testFiles() / "roundtrip" / "comments.xml"), std::logic_error);
+        const std::string bound =
+            "the station logic lives and is bound to its station; another station takes another "
+            "process";
+        expectThrow<std::logic_error>(bound, [] { open("<station id='1' name='B'/>"); });
+        expectThrow<std::logic_error>(
+            bound, [] { station().open(testFiles() / "roundtrip" / "comments.xml"); });
         EXPECT_EQ(GetStationElem(), element);
         EXPECT_EQ(SdfManager::inst()->find(1)->element(), element);
     }

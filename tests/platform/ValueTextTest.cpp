@@ -37,7 +37,8 @@ TEST(ValueText, RendersEachTypeInItsForm) {
     EXPECT_EQ(render(Vec3{1, -2.5, 0}), "1 -2.5 0");
     EXPECT_EQ(render(Pose{{1, 2, 3}, {0.5, -0.5, 0.5, 1e-9}}), "1 2 3 0.5 -0.5 0.5 1e-09");
     EXPECT_EQ(render({}), "");
-    EXPECT_THROW(render(1.0f), std::invalid_argument);
+    expectThrow<std::invalid_argument>("the document does not hold values of this program type",
+                                       [] { render(1.0f); });
 }
 
 TEST(ValueText, RendersADoubleAsTheShortestTextThatReadsBackEqual) {

@@ -137,6 +137,16 @@ void onStackOf(std::size_t bytes, const std::function<void()>& action) {
     if (thrown) std::rethrow_exception(thrown);
 }
 
+void expectOrderlyEnd(std::size_t bytes, const std::function<void()>& action) {
+    expectThrow<std::runtime_error>(
+        "the deliveries nest too deeply for the stack of this thread; look for a ring of "
+        "bindings or of inputs that nothing ends",
+        [&] { onStackOf(bytes, action); });
+    auto& mutex = sdf::SdfManager::inst()->mutex();
+    ASSERT_TRUE(mutex.try_lock()) << "the lock of the object table is still held";
+    mutex.unlock();
+}
+
 class DepthOfChains : public CellTest {
 protected:
     void SetUp() override {
@@ -221,18 +231,24 @@ TEST_F(DepthOfChains, AStaticValuePassesTenThousandGroupsInGroups) {
     EXPECT_EQ(documentValue(at(lastId), 1), "int 7");
 }
 
+//   100.2 -> 101.2 -> 102.2 ...
+TEST_F(DepthOfChains, ARowOfOutputsTooLongForTheStackEndsInAnException) {
+    chainRelays(2, 2, false);
+    expectOrderlyEnd(256 * kibi, [] { at(firstId).setStaticSignalValue(2, 7); });
+    EXPECT_EQ(documentValue(at(firstId), 2), "int 7");
+    EXPECT_EQ(documentValue(at(lastId), 2), "int 0");
+
+    for (unsigned id = firstId; id <= lastId; ++id) at(id).clearMarks();
+    onStackOf(stackForChains, [] { at(firstId).handleSignalValue(2, 8, 5); });
+    EXPECT_EQ(documentValue(at(lastId), 2), "int 8");
+}
+
 // Recursion that nothing ends, on stacks of all sizes.
 
 class EndlessRecursion : public CellTest, public ::testing::WithParamInterface<std::size_t> {
 protected:
     static void expectOrderlyEnd(const std::function<void()>& action) {
-        expectThrow<std::runtime_error>(
-            "the deliveries nest too deeply for the stack of this thread; look for a ring of "
-            "bindings or of inputs that nothing ends",
-            [&] { onStackOf(GetParam(), action); });
-        auto& mutex = sdf::SdfManager::inst()->mutex();
-        ASSERT_TRUE(mutex.try_lock()) << "the lock of the object table is still held";
-        mutex.unlock();
+        trel::test::expectOrderlyEnd(GetParam(), action);
     }
 };
 
