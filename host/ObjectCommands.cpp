@@ -30,8 +30,11 @@ struct Options {
     std::string newName;
 };
 
-void disconnect(const std::function<bool(const Connection&)>& suit, std::ostream& out) {
+// Those of an aggregation that goes, too, go with it.
+void disconnect(const std::function<bool(const Connection&)>& suit, std::ostream& out,
+                const std::set<unsigned>& gone = {}) {
     for (const Edge& edge : edgesThat(suit)) {
+        if (gone.contains(edge.owner)) continue;
         fmt::print(out, "{} is deleted: {}\n",
                    connectionOf(edge).isBinding() ? "binding" : "connection",
                    endsOf(connectionOf(edge)));
@@ -103,12 +106,10 @@ void removeComponent(unsigned id, std::ostream& out) {
     const std::set<unsigned> gone(all.begin(), all.end());
     disconnect(
         [&](const Connection& connection) {
-            const bool inside = gone.contains(connection.getSrcComponentId()) &&
-                                gone.contains(connection.getDstComponentId());
-            return !inside && (gone.contains(connection.getSrcComponentId()) ||
-                               gone.contains(connection.getDstComponentId()));
+            return gone.contains(connection.getSrcComponentId()) ||
+                   gone.contains(connection.getDstComponentId());
         },
-        out);
+        out, gone);
     clearReferences(gone, out);
     clearRoles(gone, out);
     for (auto each = all.rbegin(); each != all.rend(); ++each) {

@@ -204,6 +204,13 @@ TEST_F(Editing, ARemovedComponentTakesItsConnectionsAndContentsAlong) {
         EXPECT_THAT(line, ::testing::AllOf(StartsWith("- "), HasSubstr("Feeding")));
 }
 
+// Its parent holds what leads from it to itself.
+TEST_F(Editing, ARemovedComponentTakesAConnectionToItselfAlong) {
+    edit({"connect", "Feeding/Clear.Out", "Feeding/Clear.In"});
+    EXPECT_THAT(edit({"remove", "Feeding/Clear"}),
+                HasSubstr("connection is deleted: Feeding/Clear.Out -> Feeding/Clear.In\n"));
+}
+
 TEST_F(Editing, WhatNamesARemovedComponentNamesNothing) {
     edit({"set", "Handling.Target", "60"});
     EXPECT_THAT(edit({"remove", "Part A"}), HasSubstr("Handling.Target named Part A and is 0\n"));
