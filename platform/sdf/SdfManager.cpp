@@ -5,12 +5,12 @@
 
 namespace sdf {
 
-std::uint64_t IdHash::processSalt() {
-    static const std::uint64_t salt = [] {
+std::uint64_t IdHash::processFactor() {
+    static const std::uint64_t factor = [] {
         std::random_device random;
-        return static_cast<std::uint64_t>(random()) << 32 | random();
+        return static_cast<std::uint64_t>(random()) << 32 | random() | 1;
     }();
-    return salt;
+    return factor;
 }
 
 SdfManager* SdfManager::inst() {

@@ -10,18 +10,18 @@ namespace sdf {
 class SdfObject;
 
 /// Spreads ids over the whole of a table, whichever they are: who chooses the ids
-/// of a file does not know the salt, which every process has for itself.
+/// of a file does not know the factor, which every process has for itself.
+/// Multiply and shift: Dietzfelbinger et al., "A Reliable Randomized Algorithm for the
+/// Closest-Pair Problem", 1997.
 struct IdHash {
-    std::uint64_t salt = processSalt();
+    std::uint64_t factor = processFactor();
 
     std::size_t operator()(unsigned id) const {
-        std::uint64_t x = (id + salt) * 0x9E3779B97F4A7C15ull;
-        x ^= x >> 32;
-        x *= 0xD6E8FEB86659FD93ull;
-        return static_cast<std::size_t>(x ^ (x >> 32));
+        return static_cast<std::size_t>((id * factor) >> 32);
     }
 
-    static std::uint64_t processSalt();
+    /// Odd, and else random.
+    static std::uint64_t processFactor();
 };
 
 /// The document manager: the table of all document objects by id. It owns none

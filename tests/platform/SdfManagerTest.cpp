@@ -81,7 +81,7 @@ std::vector<unsigned> colliding(const Hash& hash, std::size_t buckets, std::size
 }
 
 // The ids of a file may be chosen by somebody who knows how large the table will
-// be and how it spreads ids, but not the salt of the process.
+// be and how it spreads ids, but not the factor of the process.
 TEST(SdfManager, IdsChosenToCollideCostNoMoreThanOthers) {
     constexpr std::size_t count = 50'000;
     auto& table = SdfManager::inst()->objects();
@@ -106,12 +106,12 @@ TEST(SdfManager, IdsChosenToCollideCostNoMoreThanOthers) {
     const double usual = costOf(others);
 
     sdf::IdHash ofAnotherProcess;
-    ofAnotherProcess.salt = 1;
+    ofAnotherProcess.factor = 0x9E3779B97F4A7C15;
     const std::size_t buckets = table.bucket_count();
     const double chosen = costOf(colliding(ofAnotherProcess, buckets, count));
     const double plain = costOf(colliding(std::hash<unsigned>(), buckets, count));
     std::cout << "of the cost of random ids: " << chosen / usual << " where they collide with "
-              << "another salt, " << plain / usual << " where they are equal modulo the table\n";
+              << "another factor, " << plain / usual << " where they are equal modulo the table\n";
     EXPECT_LT(chosen, 5 * usual);
     EXPECT_LT(plain, 5 * usual);
 }
