@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -8,70 +9,99 @@ namespace trel::smartcomp {
 
 /// What is being set on the current call chain, by id, with the value it is set
 /// to. Mostly that is one member; its mark stands apart, and costs neither hashing
-/// nor memory. An entry of the table is kept when its mark ends, for the next one.
+/// nor memory.
 template <typename Value>
 class Marks {
 public:
     Marks() = default;
     // A copy has the same marks.
-    Marks(const Marks& other) : one_(other.one_), table_(other.table_) {}
+    Marks(const Marks& other)
+        : one_(other.one_), others_(other.others_ ? new Others(*other.others_) : nullptr) {}
     Marks& operator=(const Marks& other) {
-        one_ = other.one_;
-        table_ = other.table_;
+        Marks copy(other);
+        one_.swap(copy.one_);
+        others_.swap(copy.others_);
         return *this;
     }
 
-    bool empty() const { return !one_ && table_.empty(); }
+    bool empty() const { return !one_ && noOthers(); }
 
     /// The value that `id` is being set to; null when it is not being set.
     const Value* find(unsigned id) const {
         if (one_ && one_->first == id) return &one_->second;
-        if (table_.empty()) return nullptr;
-        const auto entry = table_.find(id);
-        return entry == table_.end() ? nullptr : &entry->second;
+        return noOthers() ? nullptr : others_->find(id);
+    }
+
+    /// All of them.
+    std::unordered_map<unsigned, Value> entries() const {
+        auto all = others_ ? others_->entries() : std::unordered_map<unsigned, Value>();
+        if (one_) all.insert(*one_);
+        return all;
     }
 
     /// A mark that is there keeps its value.
     void begin(unsigned id, const Value& value) {
-        if (!one_ && table_.empty())
+        if (!one_ && noOthers())
             one_.emplace(id, value);
         else if (!find(id))
-            enter(id, value);
+            beginAnother(id, value);
     }
 
     /// Nothing when there is none.
     void end(unsigned id) {
         if (one_ && one_->first == id)
             one_.reset();
-        else if (!table_.empty())
-            leave(id);
+        else if (!noOthers())
+            others_->end(id);
     }
 
     void clear() {
         one_.reset();
-        table_.clear();
+        others_.reset();
     }
 
 private:
-    using Table = std::unordered_map<unsigned, Value>;
+    // An entry is kept when its mark ends, for the next one.
+    class Others {
+    public:
+        Others() = default;
+        Others(const Others& other) : table_(other.table_) {}
 
-    void enter(unsigned id, const Value& value) {
-        if (spare_.empty()) {
-            table_.emplace(id, value);
-            return;
+        bool empty() const { return table_.empty(); }
+        const auto& entries() const { return table_; }
+        const Value* find(unsigned id) const {
+            const auto entry = table_.find(id);
+            return entry == table_.end() ? nullptr : &entry->second;
         }
-        spare_.key() = id;
-        spare_.mapped() = value;
-        table_.insert(std::move(spare_));
-    }
+        void begin(unsigned id, const Value& value) {
+            if (spare_.empty()) {
+                table_.emplace(id, value);
+                return;
+            }
+            spare_.key() = id;
+            spare_.mapped() = value;
+            table_.insert(std::move(spare_));
+        }
+        void end(unsigned id) {
+            if (auto entry = table_.extract(id)) spare_ = std::move(entry);
+        }
 
-    void leave(unsigned id) {
-        if (auto entry = table_.extract(id)) spare_ = std::move(entry);
+    private:
+        using Table = std::unordered_map<unsigned, Value>;
+
+        Table table_;
+        typename Table::node_type spare_;
+    };
+
+    bool noOthers() const { return !others_ || others_->empty(); }
+
+    [[gnu::noinline]] void beginAnother(unsigned id, const Value& value) {
+        if (!others_) others_ = std::make_unique<Others>();
+        others_->begin(id, value);
     }
 
     std::optional<std::pair<unsigned, Value>> one_;
-    Table table_;  // the others
-    typename Table::node_type spare_;
+    std::unique_ptr<Others> others_;
 };
 
 }  // namespace trel::smartcomp

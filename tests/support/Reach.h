@@ -1,10 +1,7 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "smartcomp/Aggregation.h"
@@ -46,30 +43,6 @@ struct SettingSignals {
 };
 template struct Grant<SettingSignals, &smartcomp::SmartComponent::settingSignalValues_>;
 
-struct PropertyMark {
-    using Member = std::optional<std::pair<unsigned, std::string>> smartcomp::Marks<std::string>::*;
-    friend Member get(PropertyMark);
-};
-template struct Grant<PropertyMark, &smartcomp::Marks<std::string>::one_>;
-
-struct MorePropertyMarks {
-    using Member = std::unordered_map<unsigned, std::string> smartcomp::Marks<std::string>::*;
-    friend Member get(MorePropertyMarks);
-};
-template struct Grant<MorePropertyMarks, &smartcomp::Marks<std::string>::table_>;
-
-struct SignalMark {
-    using Member = std::optional<std::pair<unsigned, SignalValue>> smartcomp::Marks<SignalValue>::*;
-    friend Member get(SignalMark);
-};
-template struct Grant<SignalMark, &smartcomp::Marks<SignalValue>::one_>;
-
-struct MoreSignalMarks {
-    using Member = std::unordered_map<unsigned, SignalValue> smartcomp::Marks<SignalValue>::*;
-    friend Member get(MoreSignalMarks);
-};
-template struct Grant<MoreSignalMarks, &smartcomp::Marks<SignalValue>::table_>;
-
 struct TypeIndex {
     using Member = smartcomp::PropertyType smartcomp::Property::*;
     friend Member get(TypeIndex);
@@ -101,21 +74,12 @@ inline smartcomp::Aggregation::ConnectionTable& tableOf(smartcomp::Aggregation& 
     return aggregation.*get(reach::Connections{});
 }
 
-template <typename One, typename More, typename Value>
-auto entriesOf(const smartcomp::Marks<Value>& marks) {
-    auto entries = marks.*get(More{});
-    if (const auto& one = marks.*get(One{})) entries.insert(*one);
-    return entries;
-}
-
 /// The settings under way.
 inline auto settingProperties(const smartcomp::SmartComponent& component) {
-    return entriesOf<reach::PropertyMark, reach::MorePropertyMarks>(
-        component.*get(reach::SettingProperties{}));
+    return (component.*get(reach::SettingProperties{})).entries();
 }
 inline auto settingSignals(const smartcomp::SmartComponent& component) {
-    return entriesOf<reach::SignalMark, reach::MoreSignalMarks>(
-        component.*get(reach::SettingSignals{}));
+    return (component.*get(reach::SettingSignals{})).entries();
 }
 
 /// Makes as if a setting of the member were under way.
