@@ -117,20 +117,23 @@ bool Aggregation::isObjectUsed(unsigned objectId) const {
 // Values that arrive.
 
 void Aggregation::setPropertyValue(unsigned propertyId, const std::string& value) {
-    const Hold hold(*this);
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([&] { Aggregation::setPropertyValue(propertyId, value); });
     if (isRemoved() || !shouldSetProperty(propertyId, value)) return;
     SmartComponent::setPropertyValue(propertyId, value);
     endSetPropertyValue(propertyId);
 }
 
 void Aggregation::handleInputSignal(unsigned signalId, int value, long long time) {
-    const Hold hold(*this);
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { Aggregation::handleInputSignal(signalId, value, time); });
     if (isRemoved()) return;
+    const Removals::Since since;
     SCSignal& signal = signalAt(signalId);
     signal.setValue(value);
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(signalId);
-    if (!hold.goneSignal(id(), signalId)) propagateDynamicInputSignal(signalId, value, time);
+    if (!since.signal(id(), signalId)) propagateDynamicInputSignal(signalId, value, time);
 }
 
 void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
@@ -143,10 +146,12 @@ void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long
 }
 
 void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {
-    const Hold hold(*this);
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { Aggregation::setStaticInputSignal(signalId, value); });
     if (isRemoved() || checkSignalIsSet(signalId, value)) return;
+    const Removals::Since since;
     SmartComponent::setStaticInputSignal(signalId, value);
-    if (!hold.goneSignal(id(), signalId)) propagateStaticInputSignal(signalId, value);
+    if (!since.signal(id(), signalId)) propagateStaticInputSignal(signalId, value);
     endSetSignalValue(signalId);
 }
 

@@ -26,10 +26,43 @@ struct RouteHint {
     std::uint32_t end = 0;
 };
 
+/// What the next delivery to a component will read. Its parts lie anywhere in memory,
+/// and each is only found through the one before; all are asked for as soon as the
+/// delivery is on its way. Addresses only: what stood there may be gone, and nobody looks.
+class Ahead {
+public:
+    Ahead() = default;
+    Ahead(const void* component, const void* member, const void* element, const void* key)
+        : component_(component), member_(member), element_(element), key_(key) {}
+
+    bool isOf(const void* member) const { return member == member_; }
+
+    void fetch() const {
+        fetch(component_);
+        fetch(member_);
+        fetch(element_);
+        fetch(key_);
+    }
+
+private:
+    // What a delivery needs stands in the first two lines, wherever they begin.
+    static void fetch(const void* part) {
+        constexpr int line = 64;  // bytes
+        __builtin_prefetch(part);
+        __builtin_prefetch(static_cast<const char*>(part) + line);
+    }
+
+    const void* component_ = nullptr;
+    const void* member_ = nullptr;  // the signal or property that it asked for last
+    const void* element_ = nullptr;  // of the member
+    const void* key_ = nullptr;      // "value" of the element
+};
+
 /// Whether a signal is an input, while its component has the same signals.
 struct InputHint {
     std::uint64_t state = 0;  // of the signals of the component
     bool isInput = false;
+    Ahead ahead = {};
 };
 
 }  // namespace trel::smartcomp

@@ -48,13 +48,13 @@ Property* Property::Create(SmartComponent* owner, std::shared_ptr<sdf::Element> 
 
 Property::Property(std::shared_ptr<sdf::Element> element)
     : SdfObject(element, sdf::ObjectType::None),
+      value_(element->getStringFromValue()),
+      typeIndex_(static_cast<PropertyType>(typeIndexOf(element->asString("type")).value())),
+      visible_(element->asBool("uivisible")),
+      readOnly_(element->asBool("read_only")),
       description_(element->asString("description")),
       type_(element->asString("type")),
-      value_(element->getStringFromValue()),
-      unit_(element->asString("unit")),
-      typeIndex_(static_cast<PropertyType>(typeIndexOf(type_).value())),
-      visible_(element->asBool("uivisible")),
-      readOnly_(element->asBool("read_only")) {}
+      unit_(element->asString("unit")) {}
 
 Property::Property(const Property&) = default;
 Property::Property(Property&&) = default;
@@ -99,13 +99,13 @@ Property* Property::setUnit(const std::string& unit) {
 
 Property* Property::setValue(const std::string& value) {
     // A text is put back from its mirror, without a copy.
-    const bool wasText = element()->value().type() == typeid(std::string);
-    const std::any old = wasText ? std::any() : element()->value();
+    const std::any old = wasText_ ? std::any() : element()->value();
+    wasText_ = wasText_ || old.type() == typeid(std::string);
     element()->setValueFromString(value);
     try {
         value_ = element()->getStringFromValue();
     } catch (...) {
-        if (wasText)
+        if (wasText_)
             element()->setValueFromString(value_);
         else
             element()->setValue(old);

@@ -100,14 +100,16 @@ private:
     static std::string getOrientDisplayValue(const std::string& value);
     static bool isInt(double x, double tolerance);
 
-    std::string description_;
-    std::string type_;
+    // What setting a value needs stands together.
     std::string value_;
-    std::string unit_;
+    RouteHint routeHint_;
     PropertyType typeIndex_;
     bool visible_;
     bool readOnly_;
-    RouteHint routeHint_;
+    bool wasText_ = false;  // what the document held when it was looked at
+    std::string description_;
+    std::string type_;
+    std::string unit_;
 };
 
 }  // namespace trel::smartcomp

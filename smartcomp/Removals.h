@@ -32,6 +32,22 @@ public:
         if (--holds_ == 0) count_ = 0;
     }
 
+    /// What was removed since this was made.
+    class Since {
+    public:
+        bool any() const { return count_ != count(); }
+        bool component(unsigned id) const { return contain(count_, What::Component, id, 0); }
+        bool signal(unsigned component, unsigned id) const {
+            return contain(count_, What::Signal, component, id);
+        }
+        bool property(unsigned component, unsigned id) const {
+            return contain(count_, What::Property, component, id);
+        }
+
+    private:
+        std::size_t count_ = count();
+    };
+
 private:
     static bool search(std::size_t since, What what, unsigned component, unsigned member);
 

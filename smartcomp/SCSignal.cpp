@@ -80,17 +80,23 @@ void SCSignal::setName(std::string name) {
 
 void SCSignal::setValue(int value) {
     value_ = value;
-    write(element_, "value", value);
+    writeValue(std::any(value));
 }
 
 void SCSignal::setValue(double value) {
     value_ = value;
-    write(element_, "value", value);
+    writeValue(std::any(value));
 }
 
 void SCSignal::setValue(SignalValue value) {
     value_ = value;
-    std::visit([&](auto number) { write(element_, "value", number); }, value_);
+    std::visit([&](auto number) { writeValue(std::any(number)); }, value_);
+}
+
+void SCSignal::writeValue(const std::any& value) {
+    const auto key = element_->touch("value");
+    key_ = key.get();
+    key->setValue(value);
 }
 
 void SCSignal::setValue(const std::string& text) {

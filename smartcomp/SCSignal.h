@@ -1,5 +1,6 @@
 #pragma once
 
+#include <any>
 #include <memory>
 #include <string>
 
@@ -79,6 +80,7 @@ private:
     }
 
     explicit SCSignal(std::shared_ptr<sdf::Element> element);
+    void writeValue(const std::any& value);
 
     // What a delivery needs stands together.
     unsigned id_;
@@ -88,6 +90,7 @@ private:
     SignalValue value_;
     std::shared_ptr<sdf::Element> element_;
     RouteHint routeHint_;
+    const void* key_ = nullptr;  // "value" of the element, as an address only
     std::string name_;
     std::string description_;
     std::string typeName_;

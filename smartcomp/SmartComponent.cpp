@@ -92,14 +92,32 @@ std::any SmartComponent::getPropertyValueImpl(unsigned) {
 
 // Look-ups and bookkeeping.
 
-Property* SmartComponent::getProperty(unsigned id) const { return atFew(properties_, id); }
+Property* SmartComponent::getProperty(unsigned id) const {
+    if (!held_.lastProperty || held_.lastProperty->id() != id)
+        held_.lastProperty = atFew(properties_, id);
+    return held_.lastProperty;
+}
 
 SignalInterface* SmartComponent::getSignal(unsigned id) const { return atFew(signals_, id); }
 
 // Only addSignal enters signals, and it takes nothing else.
 SCSignal& SmartComponent::signalAt(unsigned id) const {
-    if (!held_.lastSignal || held_.lastSignal->id() != id) held_.lastSignal = static_cast<SCSignal*>(getSignal(id));
+    if (!held_.lastSignal || held_.lastSignal->id() != id)
+        held_.lastSignal = static_cast<SCSignal*>(getSignal(id));
     return *held_.lastSignal;
+}
+
+Ahead SmartComponent::aheadOfSignal() const {
+    const SCSignal* const signal = held_.lastSignal;
+    if (!signal) return {this, nullptr, nullptr, nullptr};
+    return {this, signal, signal->element().get(), signal->key_};
+}
+
+Ahead SmartComponent::aheadOfProperty() const {
+    const Property* const property = held_.lastProperty;
+    if (!property) return {this, nullptr, nullptr, nullptr};
+    sdf::Element& element = *property->element();
+    return {this, property, &element, element.get("value").get()};
 }
 
 bool SmartComponent::hasProperty(unsigned id) const { return properties_.contains(id); }
@@ -107,6 +125,7 @@ bool SmartComponent::hasProperty(unsigned id) const { return properties_.contain
 bool SmartComponent::hasSignal(unsigned id) const { return signals_.contains(id); }
 
 Property* SmartComponent::addProperty(Property* property) {
+    held_.lastProperty = nullptr;
     return properties_[property->id()] = property;
 }
 
@@ -121,6 +140,7 @@ void SmartComponent::deleteProperty(unsigned id) {
     Property* const property = getProperty(id);
     makeRoom();
     Removals::add(Removals::What::Property, this->id(), id);
+    held_.lastProperty = nullptr;
     properties_.erase(id);
     discard(std::unique_ptr<Property>(property));
 }
@@ -211,17 +231,18 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 // Property values.
 
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
-    if (&value != offered_) return setCopyOf(propertyId, value);
-    const Hold hold(*this);
-    if (!beginProperty(hold, propertyId, value) || isStationLogic()) return;
+    if (&value != offered_ || !isHeld()) return setCopyOf(propertyId, value);
+    const Removals::Since since;
+    if (!beginProperty(propertyId, value) || isStationLogic()) return;
     TableReading reading;
     offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), propertyId, value);
-    if (isUser() && !hold.goneProperty(id(), propertyId))
+    if (isUser() && !since.property(id(), propertyId))
         offerAlong(reading, as<Aggregation>(this), propertyId, value);
 }
 
 // Anybody's text may change on the way, and a property's own does.
 [[gnu::noinline]] void SmartComponent::setCopyOf(unsigned propertyId, const std::string& value) {
+    const Hold hold(*this);
     const std::string text = value;
     const Offer offer(text);
     SmartComponent::setPropertyValue(propertyId, text);
@@ -229,13 +250,14 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
 
 // Stores, marks and tells the text; false when it is not to be passed on. Apart from
 // the deliveries, which nest and have no stack to spare.
-[[gnu::noinline]] bool SmartComponent::beginProperty(const Hold& hold, unsigned propertyId,
+[[gnu::noinline]] bool SmartComponent::beginProperty(unsigned propertyId,
                                                      const std::string& text) {
     if (isRemoved()) return false;
+    const Removals::Since since;
     getProperty(propertyId)->setValue(text);
     settingPropertyValues_.begin(propertyId, text);
     notifyPropertyValueChanged(propertyId);
-    return !hold.goneProperty(id(), propertyId) && !hold.goneComponent(getObjParentId());
+    return !since.property(id(), propertyId) && !since.component(getObjParentId());
 }
 
 bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
@@ -276,7 +298,10 @@ void SmartComponent::endSetPropertyValue(unsigned id) {
                                                            unsigned id,
                                                            const std::string& value) {
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
-    const Hold hold(destination, Hold::Nested{});
+    const NestedHold hold(destination);
+    Ahead& ahead = walk.hint().ahead;
+    if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
+        ahead = destination.aheadOfProperty();
     // Inwards no object type is asked for.
     if (!walk.isOf(*this) && getProperty(id)->isObjectId() &&
         refusesObject(destination, walk.member(), value))
@@ -291,9 +316,9 @@ void SmartComponent::endSetPropertyValue(unsigned id) {
     const unsigned named = text::toUnsigned(value);
     // What names nothing is checked as the station.
     auto& object = objectAs<sdf::SdfObject>(named == 0 ? 1 : named);
-    const Hold hold(destination);
+    const Removals::Since since;
     if (destination.checkPropertyObjectType(destinationId, &object)) return false;
-    if (!hold.goneProperty(destination.id(), destinationId))
+    if (!since.property(destination.id(), destinationId))
         report("10007", destination, destination.getProperty(destinationId)->name(), value);
     return true;
 }
@@ -313,7 +338,8 @@ void SmartComponent::getPropertyXYZ(unsigned id, rob::XYZTemplate<double>& out) 
 // False for a component that was removed.
 bool SmartComponent::renew(InputHint& hint, unsigned signalId) const {
     if (isRemoved()) return false;
-    hint = {signalsNumber_, signalAt(signalId).takes()};
+    const bool isInput = signalAt(signalId).takes();
+    hint = {signalsNumber_, isInput, aheadOfSignal()};
     return true;
 }
 
@@ -335,7 +361,8 @@ void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
 
 void SmartComponent::setStatic(unsigned id, InputHint& hint, const SignalValue& value) {
     if (hint.state != signalsNumber_) [[unlikely]] return setStaticAnew(id, hint, value);
-    const Hold hold(*this, Hold::Nested{});
+    const NestedHold hold(*this);
+    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]] hint.ahead = aheadOfSignal();
     if (hint.isInput)
         setStaticInputSignal(id, value);
     else
@@ -351,9 +378,10 @@ void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) 
     settingSignalValues_.begin(signalId, value);
 }
 
-// Whether the signal, the component or its parent was removed under the hold.
-bool SmartComponent::isCutOff(const Hold& hold, unsigned signalId) const {
-    return hold.goneSignal(id(), signalId) || hold.goneComponent(getObjParentId());
+// Whether the signal, the component or its parent was removed.
+bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) const {
+    return since.any() &&
+           (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
 [[gnu::noinline]] void SmartComponent::deliverStatic(sdf::SdfObject* destination,
@@ -372,8 +400,9 @@ inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source, const 
 }
 
 void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
-    const Hold hold(*this, Hold::Nested{});
-    SCSignal* const signal = beginStaticOutput(hold, id, value);
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { setStaticOutputSignal(id, value); });
+    SCSignal* const signal = beginStaticOutput(id, value);
     if (!signal) return;
     propagateStaticOutputSignal(*signal, value);
     // Not reached after a throw: the mark of an interrupted setting stays.
@@ -381,17 +410,16 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
 }
 
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(const Hold& hold, unsigned id,
-                                                              const SignalValue& value) {
-    knowStack();
+[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(unsigned id, const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     if (signal.getValue() == value) return nullptr;
+    const Removals::Since since;
     signal.setValue(value);
     // An analog one, too, is the int 0 after its pulse.
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(id);
-    if (hold.goneAny() && isCutOff(hold, id)) return nullptr;
+    if (isCutOff(since, id)) return nullptr;
     settingSignalValues_.begin(id, value);
     return &signal;
 }
@@ -412,7 +440,8 @@ void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
 
 void SmartComponent::handle(unsigned id, InputHint& hint, int value, long long time) {
     if (hint.state != signalsNumber_) [[unlikely]] return handleAnew(id, hint, value, time);
-    const Hold hold(*this, Hold::Nested{});
+    const NestedHold hold(*this);
+    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]] hint.ahead = aheadOfSignal();
     if (hint.isInput)
         handleInputSignal(id, value, time);
     else
@@ -438,8 +467,9 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
-    const Hold hold(*this, Hold::Nested{});
-    SCSignal* const signal = beginDynamicOutput(hold, id, value);
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { handleOutputSignal(id, value, time); });
+    SCSignal* const signal = beginDynamicOutput(id, value);
     if (!signal) return;
     propagateDynamicOutputSignal(*signal, value, time);
     // Not reached after a throw: the mark of an interrupted setting stays.
@@ -448,18 +478,17 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
 
 // Stores, tells and marks the value; null when it is not to be delivered. Apart
 // from the delivery, which nests and has no stack to spare.
-[[gnu::noinline]] SCSignal* SmartComponent::beginDynamicOutput(const Hold& hold, unsigned id,
-                                                               int value) {
-    knowStack();
+[[gnu::noinline]] SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     const int old = signal.getDigitalValue();
     if (old == value) return nullptr;
+    const Removals::Since since;
     signal.setValue(value);
     // Back to what it was, where a static pulse ends at 0.
     if (signal.isAutoReset()) signal.setValue(old);
     notifySignalValueChanged(id);
-    if (hold.goneAny() && isCutOff(hold, id)) return nullptr;
+    if (isCutOff(since, id)) return nullptr;
     settingSignalValues_.begin(id, value);
     return &signal;
 }

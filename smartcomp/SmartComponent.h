@@ -15,13 +15,14 @@
 #include "platform/sdf/ObjectType.h"
 #include "smartcomp/Hints.h"
 #include "smartcomp/Marks.h"
+#include "smartcomp/Removals.h"
 #include "smartcomp/SignalInterface.h"
 
 namespace trel::smartcomp {
 
 class Aggregation;
 class Connection;
-class Hold;
+class NestedHold;
 class Property;
 class SCSignal;
 class TableReading;
@@ -210,7 +211,7 @@ protected:
 
 private:
     friend class Aggregation;
-    friend class Hold;
+    friend class NestedHold;
     friend class Newcomer;
     friend class Property;
     friend class SCSignal;
@@ -218,6 +219,11 @@ private:
     friend void RemoveSubSmartComponent(unsigned);
 
     struct Remains;
+
+    // Whether a call further out holds it, and so for as long as the present one takes.
+    bool isHeld() const { return held_.holds > 0; }
+    template <typename Call>
+    void whileHeld(const Call& call);
 
     // What is kept from one call to the next. A copy is held by nobody.
     struct Held {
@@ -230,10 +236,14 @@ private:
         bool removed = false;
         bool keepsElement = false;  // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
-        mutable SCSignal* lastSignal = nullptr;  // that was asked for
+        // Those that were asked for last.
+        mutable SCSignal* lastSignal = nullptr;
+        mutable Property* lastProperty = nullptr;
     };
 
     bool renew(InputHint& hint, unsigned signalId) const;
+    Ahead aheadOfSignal() const;
+    Ahead aheadOfProperty() const;
     void setStaticAnew(unsigned id, InputHint& hint, const SignalValue& value);
     void handleAnew(unsigned id, InputHint& hint, int value, long long time);
     void setStatic(unsigned id, InputHint& hint, const SignalValue& value);
@@ -258,7 +268,7 @@ private:
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
     void setCopyOf(unsigned propertyId, const std::string& value);
-    bool beginProperty(const Hold& hold, unsigned propertyId, const std::string& text);
+    bool beginProperty(unsigned propertyId, const std::string& text);
     void offerAlong(TableReading& reading, Aggregation& owner, unsigned id,
                     const std::string& value);
     void offerObserved(TableReading& reading, Aggregation& owner, unsigned id,
@@ -268,19 +278,19 @@ private:
                        const std::string& value) const;
     static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
                                int value, long long time);
-    SCSignal* beginStaticOutput(const Hold& hold, unsigned id, const SignalValue& value);
-    SCSignal* beginDynamicOutput(const Hold& hold, unsigned id, int value);
+    SCSignal* beginStaticOutput(unsigned id, const SignalValue& value);
+    SCSignal* beginDynamicOutput(unsigned id, int value);
     bool isBeingSet(unsigned id, const SignalValue& value);
-    bool isCutOff(const Hold& hold, unsigned signalId) const;
+    bool isCutOff(const Removals::Since& since, unsigned signalId) const;
     void propagateStaticOutputSignal(SCSignal& source, const SignalValue& value);
     void propagateDynamicOutputSignal(SCSignal& source, int value, long long time);
 
     // What a delivery needs stands together.
     Held held_;
     std::uint64_t signalsNumber_ = nextNumber();  // of the signals as they are, see Hints.h
-    SignalTable signals_;
     Marks<SignalValue> settingSignalValues_;  // under way on the current call chain
     Marks<std::string> settingPropertyValues_;
+    SignalTable signals_;
     PropertyTable properties_;
 };
 

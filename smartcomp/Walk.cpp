@@ -23,8 +23,8 @@ namespace trel::smartcomp {
 }
 
 bool Walk::isGone(unsigned component, unsigned member) const {
-    return over_ == Over::Connections ? hold_.goneSignal(component, member)
-                                      : hold_.goneProperty(component, member);
+    return over_ == Over::Connections ? since_.signal(component, member)
+                                      : since_.property(component, member);
 }
 
 bool Walk::suits(const Connection& connection) const {

@@ -46,9 +46,11 @@ public:
     /// not removed since the walk began; false when there is none, or when its source
     /// or the aggregation was removed.
     bool next() {
-        if (in_ != In::Routes || hold_.goneAny()) [[unlikely]] return nextClosely();
+        if (in_ != In::Routes || since_.any()) [[unlikely]] return nextClosely();
         if (place_ == end_) return false;
-        destination_ = routes_[place_++].destination;
+        const Wiring::Route& route = routes_[place_++];
+        route.hint.ahead.fetch();
+        destination_ = route.destination;
         return true;
     }
 
@@ -69,7 +71,7 @@ public:
     /// Whether neither the source nor the destination was removed since the walk
     /// began.
     bool reaches() const {
-        return !hold_.goneAny() || (!isGone(component_, member_) && !isGone(component(), member()));
+        return !since_.any() || (!isGone(component_, member_) && !isGone(component(), member()));
     }
 
     /// Whether the observer lets the next delivery through. The object table is not read
@@ -95,7 +97,7 @@ private:
 
     [[gnu::always_inline]] Walk(Aggregation& owner, Over over, unsigned component,
                                 unsigned member, RouteHint& hint)
-        : hold_(owner, Hold::Nested{}),
+        : hold_(owner),
           outer_(owner.wired_.innermost),
           component_(component),
           member_(member),
@@ -115,7 +117,8 @@ private:
     bool suits(const Connection& connection) const;
 
     // Deliveries nest: every word counts here.
-    const Hold hold_;
+    const NestedHold hold_;
+    const Removals::Since since_;
     Walk* const outer_;
     const Wiring::Route* routes_ = nullptr;
     Connection::End destination_ = 0;

@@ -92,13 +92,14 @@ TEST_F(RemovalTest, WhatWasRemovedIsForgottenWithTheLastHold) {
     auto& other = Draft("Plain", 11, "Other").make<Plain>();
     {
         const smartcomp::Hold first(other);
+        const smartcomp::Removals::Since since;
         {
             const smartcomp::Hold second(lamp);
             lamp.deleteSignal(1);
             RemoveSubSmartComponent(10);
-            EXPECT_TRUE(second.goneSignal(10, 1));
+            EXPECT_TRUE(since.signal(10, 1));
         }
-        EXPECT_TRUE(first.goneComponent(10));
+        EXPECT_TRUE(since.component(10));
         EXPECT_EQ(smartcomp::Removals::count(), 2u);
     }
     EXPECT_EQ(smartcomp::Removals::count(), 0u);
