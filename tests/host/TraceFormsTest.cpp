@@ -87,4 +87,16 @@ TEST_F(TraceForms, TenRunsWriteTheSame) {
     for (int run = 1; run != 10; ++run) EXPECT_EQ(once(), first);
 }
 
+// With any compiler and standard library.
+TEST_F(TraceForms, RandomStimuliWriteTheBytesThatTheyAlwaysWrote) {
+    const auto files = sourceFolder() / "tests/files";
+    const Result result =
+        station({"run", (sourceFolder() / "examples/pick_and_place/station.xml").string(),
+                 "--scenario", (files / "random.yaml").string(), "--vcd", path("random.vcd"),
+                 "--csv", path("random.csv")});
+    EXPECT_EQ(result.code, 0) << result.err;
+    for (const char* const name : {"random.vcd", "random.csv", "random.gtkw"})
+        EXPECT_EQ(readFile(path(name)), readFile(files / name)) << name;
+}
+
 }  // namespace trel::test
