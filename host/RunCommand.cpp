@@ -1,28 +1,19 @@
 #include <fmt/ostream.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "host/Commands.h"
-#include "host/Graph.h"
-#include "host/Graphviz.h"
 #include "host/Interrupt.h"
-#include "host/JUnit.h"
 #include "host/LiveStation.h"
-#include "host/OutputFile.h"
 #include "host/Progress.h"
-#include "host/Report.h"
 #include "host/Run.h"
+#include "host/RunFiles.h"
 #include "host/Scenario.h"
 #include "host/Script.h"
 #include "host/Show.h"
-#include "host/Trace.h"
-#include "host/TraceText.h"
-#include "host/TraceVcd.h"
 #include "host/TypeLibraries.h"
-#include "host/Watch.h"
 
 namespace trel::host {
 
@@ -30,109 +21,17 @@ namespace {
 
 constexpr Time usualLength = 1'000'000;  // microseconds, of a run without a scenario
 
-struct Options {
-    std::filesystem::path file;
-    std::optional<std::filesystem::path> scenario;
-    std::optional<Time> until;
-    std::optional<Time> step;
-    std::vector<std::filesystem::path> libraries;
-    std::optional<std::filesystem::path> save;
-    std::optional<std::filesystem::path> vcd;
-    std::optional<std::filesystem::path> csv;
-    std::optional<std::filesystem::path> junit;
-    std::optional<std::filesystem::path> report;
-    std::optional<std::uint64_t> seed;
-    unsigned long long budget = RunRules::usualBudget;
-    bool stopsOnFault = false;
-    std::vector<std::string> watch;
-    bool json = false;  // what is printed
-    bool show = false;  // the station after the run
-};
-
-// All that a run is kept in.
-class Traces {
-public:
-    Traces(const Options& options, const Script& script, std::ostream& out)
-        : options_(options), watch_(options.watch) {
-        watch_.refuseIdle();
-        if (options.json)
-            add(std::make_unique<JsonTrace>(out, watch_));
-        else
-            add(std::make_unique<TextTrace>(out, watch_));
-        if (options.csv) {
-            csvFile_.emplace(*options.csv);
-            add(std::make_unique<CsvTrace>(csvFile_->stream()));
-        }
-        if (options.vcd) {
-            vcdFile_.emplace(*options.vcd);
-            auto vcd = std::make_unique<VcdTrace>(vcdFile_->stream(), script.forced);
-            vcd_ = vcd.get();
-            add(std::move(vcd));
-        }
-        if (options.report) {
-            auto report = std::make_unique<ReportTrace>(watch_);
-            report_ = report.get();
-            add(std::move(report));
-        }
-        trace_.emplace(sinks_);
-    }
-
-    Trace& trace() { return *trace_; }
-
-    void finish(const RunOutcome& outcome) {
-        finishVcd(outcome.time);
-        if (report_) writeFile(*options_.report, textOfReport(headOf(), outcome, *report_));
-    }
-
-private:
-    ReportHead headOf() const {
-        std::string diagram;
-        try {
-            diagram = drawn(dotOfStation({.values = true}), "svg").value_or("");
-        } catch (const Failure&) {
-            // Graphviz gives up on some graphs; the rest of the report is good.
-        }
-        return {options_.file.string(), options_.scenario ? options_.scenario->string() : "",
-                diagram};
-    }
-
-    void finishVcd(Time time) {
-        if (csvFile_) csvFile_->finish();
-        if (!vcd_) return;
-        vcd_->end(time);
-        vcdFile_->finish();
-        auto save = *options_.vcd;
-        writeFile(save.replace_extension(".gtkw"),
-                  vcd_->saveFile(options_.vcd->filename().string(), watch_));
-    }
-
-    void add(std::unique_ptr<TraceSink> sink) {
-        sinks_.push_back(sink.get());
-        owned_.push_back(std::move(sink));
-    }
-
-    const Options& options_;
-    const Watch watch_;
-    std::optional<OutputFile> csvFile_;
-    std::optional<OutputFile> vcdFile_;
-    std::vector<std::unique_ptr<TraceSink>> owned_;
-    std::vector<TraceSink*> sinks_;
-    VcdTrace* vcd_ = nullptr;
-    ReportTrace* report_ = nullptr;
-    std::optional<Trace> trace_;
-};
-
 [[noreturn]] void refuseLate(const Scenario& scenario) {
     throw Failure(ExitCode::FileInvalid,
-                  fmt::format("{}: error: this moment comes after the end of the run at {}; let the run "
-                              "last longer, or take it out",
+                  fmt::format("{}: error: this moment comes after the end of the run at {}; let "
+                              "the run last longer, or take it out",
                               scenario.textOf(scenario.timeline.back().place),
                               textOfTime(*scenario.until)));
 }
 
 // How long a run lasts: as it was asked, else as the scenario says, else until
 // its last moment.
-Time lengthOf(const Options& options, const Scenario& scenario) {
+Time lengthOf(const RunOptions& options, const Scenario& scenario) {
     const Time last = scenario.timeline.empty() ? usualLength : scenario.timeline.back().at;
     if (options.until) return *options.until;
     if (scenario.until && !scenario.timeline.empty() && *scenario.until < last)
@@ -201,7 +100,7 @@ ExitCode codeOf(const RunOutcome& outcome) {
     return outcome.failed.empty() ? ExitCode::Good : ExitCode::ExpectationFailed;
 }
 
-ExitCode run(const Options& options, std::ostream& out) {
+ExitCode run(const RunOptions& options, std::ostream& out) {
     loadTypeLibraries(options.libraries);
     const Scenario scenario = options.scenario ? Scenario::read(*options.scenario) : Scenario();
     RunRules rules;
@@ -215,18 +114,15 @@ ExitCode run(const Options& options, std::ostream& out) {
     RunOutcome outcome;
     unsigned long long changes = 0;
     {
-        Traces traces(options, script, out);
+        RunFiles files(options, script, out);
         Progress progress(rules.until);
         rules.onStep = [&](Time time) { progress.show(time); };
         catchInterrupts();
-        outcome = Run(script, traces.trace(), rules).play();
-        changes = traces.trace().changes();
-        traces.finish(outcome);
+        outcome = Run(script, files.trace(), rules).play();
+        changes = files.trace().changes();
+        files.finish(outcome);
     }
     (options.json ? printJson : print)(outcome, changes, lateOnes(script, rules.until), out);
-    if (options.junit)
-        writeFile(*options.junit,
-                  textOfJUnit(outcome, options.scenario.value_or(options.file).string()));
     if (options.show) fmt::print(out, "\n{}", textOfStation());
 
     const ExitCode code = codeOf(outcome);
@@ -249,7 +145,7 @@ ExitCode run(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addRun(CLI::App& app, Action& chosen) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<RunOptions>();
     CLI::App& command = *app.add_subcommand(
         "run", "Lets a station run, prints what changes, and checks what a scenario expects.\n"
                "Example: station run station.xml --scenario scenario.yaml --save after.xml");

@@ -80,6 +80,8 @@ TEST_F(Budget, NamesWhereTheWaysPartAndMeet) {
     const Result result = play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n",
                                {"--budget", "33"});
     EXPECT_EQ(result.code, 5);
+    EXPECT_THAT(result.err, StartsWith("the budget of 33 deliveries in a step is spent at 1s; the "
+                                       "run was stopped; what got the most:\n"));
     EXPECT_THAT(result.err, HasSubstr("  A3.In: 4 deliveries; ways that part at A2.Out meet at "
                                       "Z2.Out\n"));
     EXPECT_EQ(play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n", {"--budget", "34"})
