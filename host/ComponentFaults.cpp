@@ -1,9 +1,9 @@
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <string>
 
 #include "host/Inspections.h"
+#include "host/Members.h"
 #include "host/Objects.h"
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Property.h"
@@ -28,14 +28,13 @@ void inspectParent(const StationMap& map, const SmartComponent& component, Fault
 void inspectText(const StationMap& map, const MappedObject& owner, SmartComponent& component,
                  const Property& property, FaultList& faults) {
     if (component.validatePropertyValue(property.id(), property.value())) return;
-    std::string choices;
-    for (const std::string& choice : component.getEnumPropertyList(property.id(), ""))
-        choices += (choices.empty() ? "write one of " : ", ") + choice;
+    const std::string choices =
+        choicesOf({component.id(), Member::Kind::Property, property.id()});
     faults.add("property-refused", *property.element(),
                map.pathOf(owner, *property.element()),
                fmt::format("the property holds \"{}\", which the type \"{}\" cannot use",
                            property.value(), owner.element->asString("type")),
-               choices);
+               choices.empty() ? "" : "write " + choices);
 }
 
 }  // namespace

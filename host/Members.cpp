@@ -72,6 +72,26 @@ std::optional<std::string> nameOf(const Member& member) {
     return std::nullopt;
 }
 
+std::string signalTypeOf(const Member& signal) {
+    if (auto* const own = signalOf(signal)) return own->getTypeString();
+    return controllerSignalOf(signal)->type;
+}
+
+bool isDigital(const Member& signal) { return signalTypeOf(signal).starts_with("Digital"); }
+
+bool isAutoReset(const Member& signal) {
+    if (const auto* const own = signalOf(signal)) return own->isAutoReset();
+    return controllerSignalOf(signal)->autoReset;
+}
+
+std::string choicesOf(const Member& property) {
+    std::string choices;
+    for (const std::string& choice :
+         componentOf(property.object)->getEnumPropertyList(property.id, ""))
+        choices += (choices.empty() ? "one of " : ", ") + choice;
+    return choices;
+}
+
 std::optional<SignalValue> signalValueOf(const Member& member) {
     if (SCSignal* const signal = signalOf(member)) return signal->getValue();
     if (const auto* const signal = controllerSignalOf(member)) return signal->value();

@@ -26,6 +26,16 @@ const Controller::Signal* controllerSignalOf(const Member& member);  // of a con
 smartcomp::Property* propertyOf(const Member& member);
 
 std::optional<std::string> nameOf(const Member& member);
+
+/// What a signal is, of a component or of a controller; it is there.
+std::string signalTypeOf(const Member& signal);
+bool isDigital(const Member& signal);
+bool isAutoReset(const Member& signal);
+
+/// What a property may be set to: "one of Set, Reset", or empty where its type
+/// names no choices.
+std::string choicesOf(const Member& property);
+
 std::optional<SignalValue> signalValueOf(const Member& member);
 
 /// What a member holds, as people see it: a signal's number by the alternative

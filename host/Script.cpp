@@ -156,11 +156,6 @@ private:
         return Range{*least, *most};
     }
 
-    static bool isDigital(const Member& member) {
-        if (auto* const signal = signalOf(member)) return signal->isDigital();
-        return controllerSignalOf(member)->type.starts_with("Digital");
-    }
-
     bool isSettable(const Member& member, const Wish& wish) {
         if (propertyOf(member)->isReadOnly()) {
             complain(wish.pathPlace, fmt::format("{} is kept by the component itself; set what "
@@ -170,13 +165,11 @@ private:
         }
         smartcomp::SmartComponent& component = *componentOf(member.object);
         if (component.validatePropertyValue(member.id, wish.value)) return true;
-        std::string choices;
-        for (const std::string& choice : component.getEnumPropertyList(member.id, ""))
-            choices += (choices.empty() ? "" : ", ") + choice;
+        const std::string choices = choicesOf(member);
         complain(wish.valuePlace,
                  fmt::format("{} cannot be \"{}\"; write {}", wish.path, wish.value,
                              choices.empty() ? "a value of type " + propertyOf(member)->type()
-                                             : "one of " + choices));
+                                             : choices));
         return false;
     }
 

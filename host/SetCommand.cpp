@@ -39,11 +39,6 @@ private:
                   fmt::format("{} cannot be \"{}\"; write {}", path, value, remedy));
 }
 
-bool isDigital(const Member& member) {
-    if (auto* const signal = signalOf(member)) return signal->isDigital();
-    return controllerSignalOf(member)->type.starts_with("Digital");
-}
-
 // In the alternative that the signal holds, so that an equal value is equal.
 SignalValue signalValue(const Member& member, const std::string& path, const std::string& text) {
     const auto whole = readNumber<int>(text);
@@ -70,9 +65,7 @@ void setSignal(const Member& member, SignalValue value) {
 void setProperty(const Member& member, const std::string& path, const std::string& text) {
     smartcomp::SmartComponent& component = *componentOf(member.object);
     if (!component.validatePropertyValue(member.id, text)) {
-        std::string choices;
-        for (const std::string& choice : component.getEnumPropertyList(member.id, ""))
-            choices += (choices.empty() ? "one of " : ", ") + choice;
+        const std::string choices = choicesOf(member);
         refuse(path, text, choices.empty() ? "a value of type " + propertyOf(member)->type()
                                            : choices);
     }

@@ -8,16 +8,6 @@
 
 namespace trel::host {
 
-namespace {
-
-// Whether it falls back by itself.
-bool resets(const Member& signal) {
-    if (const auto* const own = signalOf(signal)) return own->isAutoReset();
-    return controllerSignalOf(signal)->autoReset;
-}
-
-}  // namespace
-
 void setSignal(const Member& signal, int value, Time time) {
     if (signalOf(signal)) return componentOf(signal.object)->handleSignalValue(signal.id, value, time);
     auto* const controller = dynamic_cast<Controller*>(objectOf(signal.object));
@@ -35,7 +25,7 @@ void carryOut(const Setting& setting, Time time) {
     }
     setSignal(setting.member, setting.number, time);
     // What came of the value may have removed the signal.
-    if (setting.kind == Setting::Kind::Pulse && nameOf(setting.member) && !resets(setting.member))
+    if (setting.kind == Setting::Kind::Pulse && nameOf(setting.member) && !isAutoReset(setting.member))
         setSignal(setting.member, 0, time);
 }
 

@@ -84,18 +84,8 @@ private:
     void signals(unsigned object, unsigned depth) {
         for (const Member& member : membersOf(object))
             if (member.kind == Member::Kind::Signal)
-                line(depth, "{} : {}{} = {}", quoted(nameOf(member).value_or("")), typeOf(member),
+                line(depth, "{} : {}{} = {}", quoted(nameOf(member).value_or("")), signalTypeOf(member),
                      isAutoReset(member) ? ", resets itself" : "", shown(member));
-    }
-
-    static std::string typeOf(const Member& member) {
-        if (auto* const signal = signalOf(member)) return signal->getTypeString();
-        return controllerSignalOf(member)->type;
-    }
-
-    static bool isAutoReset(const Member& member) {
-        if (const auto* const signal = signalOf(member)) return signal->isAutoReset();
-        return controllerSignalOf(member)->autoReset;
     }
 
     void edges(const Aggregation& aggregation, unsigned depth) {

@@ -63,11 +63,10 @@ private:
     std::size_t width_ = 0;
 };
 
-std::string choicesOf(SmartComponent& component, unsigned property) {
-    std::string choices;
-    for (const std::string& choice : component.getEnumPropertyList(property, ""))
-        choices += (choices.empty() ? "  [" : ", ") + choice;
-    return choices.empty() ? "" : choices + "]";
+// "How it goes [one of Fast, Slow]".
+std::string said(const std::string& description, const std::string& choices) {
+    if (choices.empty()) return description;
+    return fmt::format("{}{}[{}]", description, description.empty() ? "" : "  ", choices);
 }
 
 // What a new component of the type starts with.
@@ -78,7 +77,7 @@ std::string membersOf(SmartComponent& component) {
         if (const auto* const property = propertyOf(member))
             properties.add(fmt::format("{} : {} = {}", quoted(property->name()), property->type(),
                                        shown(member)),
-                           property->description() + choicesOf(component, member.id));
+                           said(property->description(), choicesOf(member)));
         else if (auto* const signal = signalOf(member))
             signals.add(fmt::format("{} : {}{}", quoted(signal->getName()),
                                     signal->getTypeString(),

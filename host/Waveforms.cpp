@@ -24,12 +24,6 @@ double numberOf(const SignalValue& value) {
     return std::visit([](auto number) { return static_cast<double>(number); }, value);
 }
 
-bool isDigital(const Member& member) {
-    if (auto* const signal = signalOf(member)) return signal->isDigital();
-    const auto* const signal = controllerSignalOf(member);
-    return signal && signal->type.starts_with("Digital");
-}
-
 }  // namespace
 
 Waveforms::Waveforms(Watch watch) : watch_(std::move(watch)) {

@@ -46,7 +46,7 @@ TEST(Types, AreListedWithDescriptionPropertiesAndSignals) {
               "  Timer: OnDelay switches Out on when In has been on for Time, OffDelay switches it "
               "off when In has been off for Time, Pulse switches it on for Time whenever In rises.\n"
               "  properties\n"
-              "    Mode : String = OnDelay    OnDelay, OffDelay or Pulse  [OnDelay, OffDelay, "
+              "    Mode : String = OnDelay    OnDelay, OffDelay or Pulse  [one of OnDelay, OffDelay, "
               "Pulse]\n"
               "    Time : Double = 500.00 ms  How long it waits\n"
               "  signals\n"
