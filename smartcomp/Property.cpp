@@ -3,8 +3,6 @@
 #include <any>
 #include <array>
 #include <cmath>
-#include <iomanip>
-#include <sstream>
 #include <typeinfo>
 #include <utility>
 
@@ -24,11 +22,9 @@ constexpr std::array<std::string_view, 10> typeNames = {
 
 // Three numbers with the same decimals, and the unit.
 std::string displayThree(double a, double b, double c, bool whole, const char* unit) {
-    std::ostringstream stream;
-    stream.exceptions(std::ios::badbit);  // else text is cut off where memory ends
-    stream << std::fixed << std::setprecision(whole ? 0 : 2);
-    stream << a << ", " << b << ", " << c << unit;
-    return stream.str();
+    const int decimals = whole ? 0 : 2;
+    return text::shown(a, decimals) + ", " + text::shown(b, decimals) + ", " +
+           text::shown(c, decimals) + unit;
 }
 
 // The name of the document object that a value text names.
@@ -145,11 +141,8 @@ std::optional<unsigned> Property::typeIndexOf(std::string_view name) {
 }
 
 std::string Property::getDoubleDisplayValue(const std::string& value) {
-    std::ostringstream stream;
-    stream.exceptions(std::ios::badbit);
-    stream << std::fixed << std::setprecision(2) << text::toDouble(value);
     // The blank stands also before an empty unit.
-    return std::move(stream).str() + ' ' + unit_;
+    return text::shown(text::toDouble(value), 2) + ' ' + unit_;
 }
 
 std::string Property::getBoolDisplayValue(const std::string& value) {

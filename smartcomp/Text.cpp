@@ -2,16 +2,20 @@
 
 #include <array>
 #include <charconv>
+#include <iomanip>
 #include <limits>
 #include <locale>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace trel::smartcomp::text {
 
 namespace {
+
+constexpr std::string_view whiteSpace = " \t\n\v\f\r";
 
 // A number's text without white space before it and without its sign.
 struct Magnitude {
@@ -20,7 +24,7 @@ struct Magnitude {
 };
 
 Magnitude magnitudeOf(std::string_view text) {
-    const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");
+    const std::size_t start = text.find_first_not_of(whiteSpace);
     if (start == std::string_view::npos) return {};
     text.remove_prefix(start);
     const bool isNegative = text.front() == '-';
@@ -37,6 +41,59 @@ std::from_chars_result readHex(std::string_view digits, double& number) {
     if (startsWithSign(mantissa)) return {mantissa.data(), std::errc::invalid_argument};
     return std::from_chars(mantissa.data(), mantissa.data() + mantissa.size(), number,
                            std::chars_format::hex);
+}
+
+constexpr bool isDigit(char c) { return '0' <= c && c <= '9'; }
+
+// What a stream takes for the text of a number: a sign, digits with a point among
+// them, and an exponent.
+std::string_view numeralAt(std::string_view text) {
+    std::size_t end = startsWithSign(text) ? 1 : 0;
+    bool hasDigits = false;
+    bool hasPoint = false;
+    bool hasExponent = false;
+    for (; end != text.size(); ++end) {
+        const char c = text[end];
+        if (isDigit(c)) {
+            hasDigits = true;
+        } else if (c == '.' && !hasPoint && !hasExponent) {
+            hasPoint = true;
+        } else if ((c == 'e' || c == 'E') && hasDigits && !hasExponent) {
+            hasExponent = true;
+            if (startsWithSign(text.substr(end + 1))) ++end;
+        } else {
+            break;
+        }
+    }
+    return text.substr(0, end);
+}
+
+// A number that is too large is none; one that is too small is what is nearest.
+bool readExtreme(std::string_view numeral, double& number) {
+    std::istringstream stream{std::string(numeral)};
+    stream.exceptions(std::ios::badbit);  // else a number counts as none where memory ends
+    stream.imbue(std::locale::classic());
+    double read = 0;
+    if (!(stream >> read)) return false;
+    number = read;
+    return true;
+}
+
+// As a stream of the classic locale reads the number at the start of `text`, which
+// is then taken off. False, and `number` as it was, where there is none.
+bool readNumber(std::string_view& text, double& number) {
+    const std::size_t start = text.find_first_not_of(whiteSpace);
+    if (start == std::string_view::npos) return false;
+    std::string_view numeral = numeralAt(text.substr(start));
+    text.remove_prefix(start + numeral.size());
+    if (numeral.starts_with('+')) numeral.remove_prefix(1);
+    double read = 0;
+    const char* const end = numeral.data() + numeral.size();
+    const auto [stop, error] = std::from_chars(numeral.data(), end, read);
+    if (error == std::errc::result_out_of_range) return readExtreme(numeral, number);
+    if (error != std::errc() || stop != end) return false;
+    number = read;
+    return true;
 }
 
 }  // namespace
@@ -73,14 +130,9 @@ double toDouble(const std::string& text) {
 }
 
 void readNumbers(const std::string& text, std::span<double> numbers) {
-    std::istringstream stream(text);
-    stream.exceptions(std::ios::badbit);  // else a number counts as none where memory ends
-    stream.imbue(std::locale::classic());
-    for (double& number : numbers) {
-        double read = 0;
-        if (!(stream >> read)) return;
-        number = read;
-    }
+    std::string_view rest = text;
+    for (double& number : numbers)
+        if (!readNumber(rest, number)) return;
 }
 
 std::string fixed(double number, int decimals) {
@@ -90,6 +142,14 @@ std::string fixed(double number, int decimals) {
                                    std::chars_format::fixed, decimals)
                          .ptr;
     return std::string(buffer.data(), end);
+}
+
+std::string shown(double number, int decimals) {
+    if (std::locale() == std::locale::classic()) return fixed(number, decimals);
+    std::ostringstream stream;
+    stream.exceptions(std::ios::badbit);  // else text is cut off where memory ends
+    stream << std::fixed << std::setprecision(decimals) << number;
+    return std::move(stream).str();
 }
 
 }  // namespace trel::smartcomp::text

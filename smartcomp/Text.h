@@ -30,4 +30,8 @@ void readNumbers(const std::string& text, std::span<double> numbers);
 /// `number` with `decimals` digits after the point, whatever the locale.
 std::string fixed(double number, int decimals);
 
+/// The same in the global locale, as a stream writes it. In the classic one, where
+/// most programs are, without the stream.
+std::string shown(double number, int decimals);
+
 }  // namespace trel::smartcomp::text

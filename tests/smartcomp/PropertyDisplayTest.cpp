@@ -1,6 +1,10 @@
+#include <array>
 #include <cmath>
+#include <iomanip>
 #include <locale>
 #include <numbers>
+#include <random>
+#include <sstream>
 #include <stdexcept>
 
 #include "platform/sdf/ValueText.h"
@@ -290,6 +294,40 @@ TEST_F(PropertyDisplayTest, ACommaLocaleChangesNoOtherType) {
     enter<Thing>(1234, "Pallet");
     EXPECT_EQ(shown("ObjectId", "1234"), "Pallet");
     EXPECT_EQ(shown("Int32", "1234"), "1234");
+}
+
+// Written and read without streams in the classic locale, and still as streams do.
+TEST_F(PropertyDisplayTest, NumbersAreThoseOfStreamsInEveryLocale) {
+    const auto ofStreams = [](const std::string& value) {
+        std::istringstream in(value);
+        in.imbue(std::locale::classic());
+        std::array<double, 3> v = {0, 0, 0};
+        for (double& number : v) {
+            double read = 0;
+            if (!(in >> read)) break;
+            number = read;
+        }
+        std::ostringstream out;
+        const bool whole = isInt(v[0], 0) && isInt(v[1], 0) && isInt(v[2], 0);
+        out << std::fixed << std::setprecision(whole ? 0 : 2) << v[0] << ", " << v[1] << ", "
+            << v[2] << " mm";
+        return out.str();
+    };
+    std::vector<std::string> texts = {"1e400 1 2",  "-1e400",     "1e-400 1 2", "-4.9e-324 2",
+                                      "1e308 -1e308 0.005", "+1 -.5 5.", "0x10 1",     "inf 1",
+                                      "1e 2",       "1e+ 2",      "..1",        "1.5.25 3",
+                                      "1e2e3 4",    "\t1\n2\v3",  "-0 0.4 0",   "- 1"};
+    std::mt19937 random(1);
+    for (int i = 0; i != 3000; ++i) {
+        std::string& text = texts.emplace_back();
+        for (auto length = random() % 20; length != 0; --length)
+            text += "0123456789.-+eE  "[random() % 17];
+    }
+    for (const auto& locale : {std::locale::classic(), commaLocale()}) {
+        std::locale::global(locale);
+        for (const std::string& text : texts)
+            EXPECT_EQ(shown("Vector3", text), ofStreams(text)) << text;
+    }
 }
 
 }  // namespace trel::test
