@@ -215,10 +215,10 @@ void loadTypeLibraries(const std::vector<fs::path>& libraries) {
 }
 
 std::string_view nearestType(std::string_view name) {
-    constexpr std::size_t longest = 100;
+    constexpr std::size_t longestName = 100;
     std::string_view best;
-    std::size_t least = std::min(name.size(), longest) / 2 + 1;
-    if (name.size() > longest) return best;
+    std::size_t least = std::min(name.size(), longestName) / 2 + 1;
+    if (name.size() > longestName) return best;
     for (const auto& type : smartcomp::Manager::inst()->types()) {
         const std::size_t far = distance(name, type.name);
         if (far >= least) continue;

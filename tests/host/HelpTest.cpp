@@ -1,8 +1,8 @@
+#include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <fstream>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -44,9 +44,10 @@ class Help : public FolderTest {};
 
 }  // namespace
 
-// In a folder with the files that the examples name.
+// And stands in the documentation. In a folder with the files that it names.
 TEST_F(Help, OfEverySubcommandHasAnExampleThatRuns) {
     const auto files = sourceFolder() / "tests/files/help";
+    const std::string page = readFile(sourceFolder() / "docs/station.md");
     const auto names = subcommands();
     EXPECT_GE(names.size(), 11u);
     for (const std::string& name : names) {
@@ -58,6 +59,7 @@ TEST_F(Help, OfEverySubcommandHasAnExampleThatRuns) {
         const auto example = exampleIn(station({name, "--help"}).out);
         ASSERT_FALSE(example.empty()) << name;
         EXPECT_EQ(example.front(), name);
+        EXPECT_THAT(page, HasSubstr(fmt::format("| `station {}` |\n", fmt::join(example, " "))));
         std::filesystem::current_path(folder());
         const Result result = station(example);
         std::filesystem::current_path("/");

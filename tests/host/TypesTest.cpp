@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/host/Program.h"
@@ -116,6 +118,31 @@ TEST_F(TypeLibraries, OneThatEndsTheProcessThatLoadsItIsNamed) {
     EXPECT_EQ(result.code, 3);
     EXPECT_EQ(result.err, library("Crashing") + ": ended with \"Aborted\" while it was loaded; its "
                                                 "maker has to mend that\n");
+}
+
+// A table of them, with words in capitals for what differs.
+TEST_F(TypeLibraries, StandInTheDocumentationWithTheirRealMessages) {
+    const std::string page = readFile(sourceFolder() / "docs/station.md");
+    const auto documented = [&](const std::string& name) {
+        const Result result = station({"types", "--components", name});
+        std::string text = result.err.substr(0, result.err.find('\n'));
+        text.replace(0, name.size(), "LIB");
+        for (const auto& [what, word] : std::vector<std::pair<std::string, std::string>>{
+                 {" in (/[^;]*);", " in FOLDERS;"},
+                 {"types \\(.*\\);", "types (REASON);"},
+                 {"function \\w+;", "function NAME;"},
+                 {"layout \\d+, this program has \\d+", "layout N, this program has M"},
+                 {"type \"\\w+\", which \\S+", "type \"NAME\", which OTHER"},
+                 {"types: [^;]*; its", "types: REASON; its"},
+                 {"with \"[^\"]*\" while", "with \"REASON\" while"}})
+            text = std::regex_replace(text, std::regex(what), word);
+        EXPECT_THAT(page, HasSubstr("| `" + text + "` |"));
+    };
+    documented(path("none.so"));
+    documented("none");
+    documented(write("text.so", "no library"));
+    for (const std::string name : {"Nothing", "OtherLayout", "Twice", "Failing", "Crashing"})
+        documented(library(name));
 }
 
 TEST_F(TypeLibraries, AnUnknownTypeIsAnsweredWithTheLibraryThatBringsIt) {
