@@ -12,6 +12,6 @@ namespace trel::smartcomp {
 
 /// Changes whenever a class that types derive from changes its layout or its
 /// table of virtual operations.
-inline constexpr int typeLibraryAbi = 2;
+inline constexpr int typeLibraryAbi = 3;
 
 }  // namespace trel::smartcomp
