@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tests/host/Program.h"
 
@@ -10,50 +11,76 @@ namespace trel::test {
 
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::StartsWith;
+
+// A block of code in a page, and the comment before it that says what it is.
+struct Block {
+    std::string what;  // "file: NAME", "run", "prints"
+    std::string code;
+};
+
+std::vector<Block> blocksOf(const std::string& page) {
+    const std::string text = readFile(sourceFolder() / page);
+    std::vector<Block> blocks;
+    for (std::size_t at = text.find("<!-- "); at != text.npos; at = text.find("<!-- ", at)) {
+        at += 5;
+        const std::size_t end = text.find(" -->\n```", at);
+        const std::size_t code = text.find('\n', end + 5) + 1;
+        const std::size_t behind = text.find("\n```", code) + 1;
+        blocks.push_back({text.substr(at, end - at), text.substr(code, behind - code)});
+        at = behind;
+    }
+    return blocks;
+}
 
 class Installed : public FolderTest {
 protected:
-    // Runs a command of the shell, and shows what it printed if it fails.
-    void carryOut(const std::string& command) const {
-        const std::string log = path("log");
-        ASSERT_EQ(std::system((command + " >" + log + " 2>&1").c_str()), 0)
-            << command << '\n' << readFile(log);
+    // The reader of a page has nothing of the tree but what is installed in $HOME/trel.
+    void SetUp() override {
+        FolderTest::SetUp();
+        setenv("HOME", folder().c_str(), 1);
+        setenv("CXX", COMPILER, 1);
+        setenv("CXXFLAGS", COMPILER_FLAGS, 1);
+        setenv("CMAKE_GENERATOR", "Ninja", 1);
+        carryOut("cmake --install " BUILD_FOLDER " --prefix " + path("trel"));
     }
-    std::string source(const std::string& name) const {
-        return (sourceFolder() / "tests/installed" / name).string();
+
+    // Runs commands of the shell in the folder, and gives what they print.
+    std::string carryOut(const std::string& commands) const {
+        const std::string script = write("commands", "set -e; cd " + path("") + "\n" + commands);
+        const int status = std::system(("sh " + script + " >" + path("log") + " 2>&1").c_str());
+        const std::string printed = readFile(path("log"));
+        EXPECT_EQ(status, 0) << commands << '\n' << printed;
+        return printed;
     }
 };
 
 }  // namespace
 
-// With nothing of the tree but what is installed: the library is found by its name.
-TEST_F(Installed, ALibraryThatIsBuiltOutsideTheTreeLoadsAndRuns) {
-    const std::string prefix = path("prefix");
-    carryOut("cmake --install " BUILD_FOLDER " --prefix " + prefix);
-    carryOut("cmake -S " + source("library") + " -G Ninja -B " + path("build") +
-             " -DCMAKE_PREFIX_PATH=" + prefix +
-             " -DCMAKE_CXX_COMPILER=" COMPILER " -DCMAKE_CXX_FLAGS='" COMPILER_FLAGS "'");
-    carryOut("cmake --build " + path("build"));
+TEST_F(Installed, WhoFollowsThePageOnComponentTypesHasOneThatRuns) {
+    std::string printed;
+    unsigned steps = 0;
+    for (const auto& [what, code] : blocksOf("docs/component-types.md")) {
+        if (what == "run")
+            printed = carryOut(code);
+        else if (what == "prints")
+            EXPECT_THAT(printed, EndsWith(code));
+        else
+            write(what.substr(std::string("file: ").size()), code);
+        ++steps;
+    }
+    EXPECT_EQ(steps, 7u);
+    EXPECT_THAT(printed, HasSubstr("expectations: 2 held, 0 failed"));
 
-    std::filesystem::create_directory(prefix + "/lib/station");
-    std::filesystem::rename(path("build/libcounting.so"), prefix + "/lib/station/libcounting.so");
-    const std::string program = prefix + "/bin/station";
-    const Result types = stationAt(program, {"types", "Adder", "--components", "counting"});
-    EXPECT_EQ(types.out, "Adder  (libcounting.so)\n"
-                         "  Adder: adds Increment to Total whenever Add is switched on.\n"
-                         "  properties\n    Increment : Int32 = 2\n"
-                         "  signals\n    Add : DigitalInput\n    Total : GroupOutput\n")
-        << types.err;
-    const Result run =
-        stationAt(program, {"run", source("station.xml"), "--scenario", source("scenario.yaml"),
-                            "--components", "counting"});
-    EXPECT_EQ(run.code, 0) << run.err;
-    EXPECT_THAT(run.out, HasSubstr("expectations: 2 held, 0 failed"));
-    // Without it, the program knows who brings the type.
-    EXPECT_THAT(stationAt(program, {"check", source("station.xml")}).out,
-                HasSubstr("load " + prefix + "/lib/station/libcounting.so with --components"));
+    // By its name; and without it, the program knows who brings the type.
+    const std::string installed = path("trel/lib/station/libcounting.so");
+    std::filesystem::create_directory(path("trel/lib/station"));
+    std::filesystem::rename(path("build/libcounting.so"), installed);
+    EXPECT_THAT(carryOut("trel/bin/station types Adder --components counting"),
+                HasSubstr("Adder  (libcounting.so)"));
+    EXPECT_THAT(stationAt(path("trel/bin/station"), {"check", path("station.xml")}).out,
+                HasSubstr("load " + installed + " with --components"));
 }
 
 }  // namespace trel::test
