@@ -23,7 +23,8 @@ need_to_build() {
 
 need_to_test() {
   need_to_build
-  need libgtest-dev libgmock-dev graphviz gtkwave libxml2-utils python3-jsonschema python3-yaml
+  need libgtest-dev libgmock-dev graphviz gtkwave libxml2-utils pkg-config python3-jsonschema
+  need python3-yaml
 }
 
 # quietly LOG COMMAND...: shows what the command printed only when it fails.

@@ -83,4 +83,19 @@ TEST_F(Installed, WhoFollowsThePageOnComponentTypesHasOneThatRuns) {
                 HasSubstr("load " + installed + " with --components"));
 }
 
+TEST_F(Installed, AProgramFindsTheLibraryByPkgConfig) {
+    write("main.cpp", "#include \"smartcomp/StationLogic.h\"\n"
+                      "int main() { return trel::smartcomp::StationLogic::inst()->id() == 2 ? 0 : 1; }\n");
+    carryOut("export PKG_CONFIG_PATH=trel/lib/pkgconfig\n"
+             "test $(pkg-config --modversion trelsmartcomp) = " VERSION "\n"
+             "$CXX $CXXFLAGS main.cpp -o main $(pkg-config --cflags --libs trelsmartcomp) "
+             "-Wl,-rpath,$HOME/trel/lib\n"
+             "./main");
+}
+
+TEST_F(Installed, TheLibrariesHaveVersionedNames) {
+    EXPECT_TRUE(std::filesystem::is_symlink(path("trel/lib/libtrelsmartcomp.so")));
+    EXPECT_TRUE(std::filesystem::exists(path("trel/lib/libtrelsmartcomp.so." VERSION)));
+}
+
 }  // namespace trel::test
