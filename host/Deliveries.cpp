@@ -29,6 +29,14 @@ std::string textOf(const std::vector<Hop>& hops) {
     return text;
 }
 
+std::vector<MemberCount> largest(std::vector<MemberCount> counts, std::size_t most) {
+    std::ranges::sort(counts, [](const MemberCount& a, const MemberCount& b) {
+        return a.second != b.second ? a.second > b.second : a.first < b.first;
+    });
+    counts.resize(std::min(most, counts.size()));
+    return counts;
+}
+
 std::size_t Deliveries::HopHash::operator()(const Hop& hop) const {
     const auto pair = [](const Member& member) {
         return (static_cast<std::uint64_t>(member.object) << 32) | member.id;
@@ -51,14 +59,11 @@ void Deliveries::beginStep() {
     spent_ = false;
 }
 
-std::vector<std::pair<Member, unsigned long long>> Deliveries::hottest(std::size_t most) const {
+std::vector<MemberCount> Deliveries::hottest(std::size_t most) const {
     std::map<Member, unsigned long long> counts;
     for (const Counts* const part : {&earlier_, &inStep_})
         for (const auto& [hop, count] : *part) counts[hop.destination] += count;
-    std::vector<std::pair<Member, unsigned long long>> result(counts.begin(), counts.end());
-    std::ranges::stable_sort(result, std::greater(), [](const auto& entry) { return entry.second; });
-    result.resize(std::min(most, result.size()));
-    return result;
+    return largest({counts.begin(), counts.end()}, most);
 }
 
 std::vector<Hop> Deliveries::chain() const {
@@ -99,7 +104,9 @@ Hop Deliveries::hopOf(const Delivery& delivery) {
 }
 
 bool Deliveries::before(const Delivery& delivery) {
-    leaveThrown(&delivery);
+    // Not of a variable: a sanitizer may keep those elsewhere.
+    const void* const frame = __builtin_frame_address(0);
+    leaveThrown(frame);
     if (!aside_.empty() && isAside(delivery.destinationComponent)) return false;
     if (wasInterrupted()) return false;
     if (countInStep_ == budget_) {
@@ -111,7 +118,7 @@ bool Deliveries::before(const Delivery& delivery) {
     const Hop hop = hopOf(delivery);
     ++inStep_[hop];
     if (links_.empty()) begins_.insert(hop.source);
-    links_.push_back({delivery, &delivery});
+    links_.push_back({delivery, frame});
     if (delivery.text) texts_.push_back(*delivery.text);
     return true;
 }

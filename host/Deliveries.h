@@ -7,6 +7,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "host/Names.h"
@@ -27,6 +28,12 @@ std::string textOf(const Hop& hop);
 
 /// "A.Out -> B.In, B.Out -> C.In"; of many hops the first and the last.
 std::string textOf(const std::vector<Hop>& hops);
+
+/// How many deliveries a member got.
+using MemberCount = std::pair<Member, unsigned long long>;
+
+/// The largest counts, the largest first, and of equal ones the first member.
+std::vector<MemberCount> largest(std::vector<MemberCount> counts, std::size_t most);
 
 /// Watches over the deliveries of a run while it lives: counts them against a budget,
 /// knows the chain of those under way, and keeps them from objects that were set aside.
@@ -57,7 +64,7 @@ public:
     const std::set<Member>& begins() const { return begins_; }
 
     /// The members that got the most in the whole run, with how much.
-    std::vector<std::pair<Member, unsigned long long>> hottest(std::size_t most) const;
+    std::vector<MemberCount> hottest(std::size_t most) const;
 
     /// From now on nothing is delivered to the object.
     void setAside(unsigned object) { aside_.insert(object); }
@@ -79,7 +86,7 @@ private:
     // They nest as deep as the stack is large: every word counts.
     struct Link {
         Delivery delivery;  // its text is not followed
-        const void* frame;  // of the caller: what is called from there lies below
+        const void* frame;  // on the stack: what is called from there lies below
     };
 
     static Hop hopOf(const Delivery& delivery);

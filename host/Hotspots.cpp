@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -155,13 +154,9 @@ private:
 std::vector<Hotspot> hotspots(const Deliveries& deliveries, std::size_t most) {
     std::map<Member, unsigned long long> counts;
     for (const auto& [hop, count] : deliveries.inStep()) counts[hop.destination] += count;
-    std::vector<std::pair<Member, unsigned long long>> hot(counts.begin(), counts.end());
-    std::ranges::stable_sort(hot, std::greater(), [](const auto& entry) { return entry.second; });
-    hot.resize(std::min(most, hot.size()));
-
     std::vector<Hotspot> result;
     const Ways ways(deliveries);
-    for (const auto& [member, count] : hot)
+    for (const auto& [member, count] : largest({counts.begin(), counts.end()}, most))
         result.push_back({member, count, ways.reasonOf(member)});
     return result;
 }

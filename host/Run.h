@@ -51,7 +51,7 @@ struct RunOutcome {
     std::vector<Fault> faults;          // of components
     std::vector<Verdict> verdicts;      // on all expectations, in the order of knowing
     std::vector<Hotspot> hotspots;      // of the step that spent the budget
-    std::vector<std::pair<Member, unsigned long long>> hottest;  // of the whole run
+    std::vector<MemberCount> hottest;   // of the whole run
 };
 
 /// Lets the live station run through a script. Components are initialised, then

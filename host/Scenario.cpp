@@ -330,7 +330,7 @@ Scenario make(const std::string& name, const std::filesystem::path& file,
     }
     faults.refuse();
     // Moments of one time keep the order of the files.
-    std::ranges::stable_sort(scenario.timeline, {}, [](const Moment& moment) {
+    std::ranges::sort(scenario.timeline, {}, [](const Moment& moment) {
         return std::tuple(moment.at, moment.place.file, moment.place.line, moment.place.column);
     });
     return scenario;
@@ -360,8 +360,8 @@ void ScenarioFaults::add(ScenarioPlace place, const std::string& text) {
 void ScenarioFaults::refuse() const {
     if (faults_.empty()) return;
     auto sorted = faults_;
-    std::ranges::stable_sort(sorted, {}, [](const Fault& fault) {
-        return std::tuple(fault.place.file, fault.place.line, fault.place.column);
+    std::ranges::sort(sorted, {}, [](const Fault& fault) {
+        return std::tuple(fault.place.file, fault.place.line, fault.place.column, fault.text);
     });
     std::string text;
     for (const Fault& fault : sorted) {
