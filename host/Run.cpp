@@ -217,7 +217,7 @@ void Run::contain(unsigned asked, const std::string& doing) {
 }
 
 void Run::stop(End end, const std::string& reason) {
-    if (isOver()) return;
+    if (isOver() || isEnding_) return;
     outcome_.end = end;
     outcome_.reason = reason;
     trace_.say("STOPPED: " + reason);
@@ -226,14 +226,11 @@ void Run::stop(End end, const std::string& reason) {
 void Run::finish() {
     outcome_.time = isOver() ? time_ : rules_.until;
     // However the run ended, the components are asked to stop.
+    isEnding_ = isOver();
     const End end = std::exchange(outcome_.end, End::Good);
-    const std::string reason = std::exchange(outcome_.reason, "");
     deliveries_.beginStep();
     askAll("stopping", [](SmartComponent& component) { component.stop(); });
-    if (end != End::Good) {
-        outcome_.end = end;
-        outcome_.reason = reason;
-    }
+    if (isEnding_) outcome_.end = end;
     trace_.flush();
     outcome_.deliveries = deliveries_.count();
     outcome_.hottest = deliveries_.hottest(5);

@@ -95,6 +95,7 @@ private:
     Held forced_;
     Expectations expectations_;
     RunOutcome outcome_;
+    bool isEnding_ = false;  // before its time
     Time time_ = 0;
     std::size_t next_ = 0;       // moment of the script
     std::vector<unsigned> ids_;  // in the order of making; some may be gone

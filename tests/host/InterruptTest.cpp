@@ -46,6 +46,7 @@ TEST_F(LongRun, AnInterruptEndsItWithItsFilesWhole) {
         const Result result = interrupted(signal == SIGINT ? "INT" : "TERM");
         EXPECT_THAT(result.code, AnyOf(-signal, 128 + signal));
         EXPECT_THAT(result.out, HasSubstr("-- STOPPED: interrupted at "));
+        EXPECT_EQ(result.out.find("STOPPED"), result.out.rfind("STOPPED"));
         EXPECT_THAT(result.out, HasSubstr("nothing is saved, since the run was stopped\n"));
         const Waves waves(readFile(path("run.vcd")));
         EXPECT_GT(waves.end, 0);
