@@ -22,9 +22,9 @@ const std::string longName = "a component with a name that is rather long";
 const std::string longText = "another text that does not fit into a string itself either";
 const std::optional position(std::pair(5, 6));
 
-// The elements that a failed attempt has appended to the cell.
-void takeAwayConnection(unsigned id) {
-    for (const auto& element : Scene::cell().element()->children("connection"))
+// The elements that a failed attempt has appended.
+void takeAwayConnection(unsigned id, SmartComponent& owner = Scene::cell()) {
+    for (const auto& element : owner.element()->children("connection"))
         if (element->getId(true) == id) element->removeFromParent();
 }
 
@@ -100,6 +100,12 @@ std::vector<Operation> operationsOfAggregations() {
         builds("Connection::Build in the middle", {lamp, 2}, {belt, 3}, 2),
         builds("Connection::Build at the end", {lamp, 2}, {belt, 3}, 5),
         builds("Connection::Build beyond the end", {lamp, 2}, {belt, 3}, 50),
+        {"Connection::Build of the first",
+         [](Scene& scene) {
+             smartcomp::Connection::Build(scene.find<Box>(fresh), 40, lamp, 2, belt, 3, 0);
+         },
+         [](Scene&) { Draft("Box", fresh, longName).in(cell).make<Box>(); },
+         [](Scene& scene) { takeAwayConnection(40, *scene.find<Box>(fresh)); }},
         // So many that the order takes more memory.
         {"Connection::Build of ten",
          [](Scene& scene) {

@@ -193,6 +193,14 @@ TEST_F(ConnectionOrderTest, AConnectionBeyondTheEndIsDeletedWhereItStands) {
     EXPECT_EQ(indicesOf({1, 3}), (Ids{0, 1}));
 }
 
+TEST_F(ConnectionOrderTest, AConnectionOneBehindTheEndIsDeletedWhereItStands) {
+    build(1, 0);
+    build(2, 2);
+    box().deleteConnection(2);
+    EXPECT_EQ(orderOf(box()), Ids{1});
+    EXPECT_EQ(indicesOf({1}), Ids{0});
+}
+
 TEST_F(ConnectionOrderTest, AConnectionBeyondTheEndMovesUpByItsPlace) {
     build(1, 0);
     build(2, 5);

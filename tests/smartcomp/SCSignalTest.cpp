@@ -72,6 +72,13 @@ TEST_F(SCSignalTest, ReadsEveryFieldFromItsElement) {
     EXPECT_EQ(log().lines(), Lines{});
 }
 
+TEST_F(SCSignalTest, WithoutAnIdItIsSignal0) {
+    const SCSignal& bulb = create(signalElement(0, "Bulb", "DigitalInput", 1));
+    EXPECT_EQ(bulb.id(), 0u);
+    EXPECT_EQ(lamp().getSignal(0), &bulb);
+    EXPECT_EQ(bulb.element()->getId(true), 0u);
+}
+
 TEST_F(SCSignalTest, MissingChildrenReadAsNothingAndAreNotCreated) {
     const auto element = sdf::Element::Create("signal");
     element->setId(7);
