@@ -20,10 +20,6 @@ struct Fault {
     std::string remedy;  // what to do
 
     bool isError() const { return code->severity == Severity::Error; }
-    friend bool operator==(const Fault& a, const Fault& b) {
-        return a.code == b.code && a.place.line == b.place.line &&
-               a.place.column == b.place.column && a.path == b.path && a.text == b.text;
-    }
 };
 using Faults = std::vector<Fault>;
 

@@ -80,7 +80,7 @@ void damage(Element& root, Random& random) {
 class RandomFiles : public FolderTest {
 protected:
     static unsigned seed() { return numberFrom("TREL_RANDOM_SEED", 1); }
-    static unsigned count() { return numberFrom("TREL_RANDOM_FILES", 60); }
+    static unsigned count() { return numberFrom("TREL_RANDOM_FILES", 30); }
     static std::filesystem::path example() {
         return sourceFolder() / "examples/pick_and_place/station.xml";
     }
