@@ -125,7 +125,8 @@ TEST_F(Budget, AnInputOfAnAggregationWiredToItselfEndsWithTheStack) {
     file.connect({10, 1}, {10, 1}, 10);
     const Result result = play(file, "timeline:\n  - {at: 1s, set: {Loop.In: 1}}\n");
     EXPECT_EQ(result.code, 5);
-    EXPECT_THAT(result.err, StartsWith("the stack is used up by "));
+    // A sanitizer says something of its own about the depth, ahead of it.
+    EXPECT_THAT(result.err, HasSubstr("the stack is used up by "));
     EXPECT_THAT(result.err, HasSubstr(" nested deliveries at 1s; they go round the ring Loop.In -> "
                                       "Loop.In; the run was stopped\n"));
 }
