@@ -87,9 +87,11 @@ SignalValue Controller::Signal::value() const {
 
 Controller::Controller(std::shared_ptr<sdf::Element> element)
     : SdfObject(std::move(element), sdf::ObjectType::Controller) {
-    for (const auto& child : this->element()->children("signal"))
+    for (const auto& child : this->element()->children("signal")) {
         signals_.push_back({child->getId(true), child->asString("name"), child->asString("type"),
                             child->asBool("auto_reset"), child});
+        signals_.back().value();  // one that is no number throws here, not in the midst of a run
+    }
     enterObject(*this);
 }
 

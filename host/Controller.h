@@ -28,7 +28,8 @@ class Controller : public sdf::SdfObject, public ControllerInterface {
 public:
     /// Reads the element and stands in the object table from now on, until it is
     /// destroyed.
-    /// \throws std::logic_error "object exists" if its id is taken.
+    /// \throws std::logic_error "object exists" if its id is taken, and
+    /// std::invalid_argument if a signal holds a value that is no number.
     explicit Controller(std::shared_ptr<sdf::Element> element);
     ~Controller() override;
     Controller(const Controller&) = delete;

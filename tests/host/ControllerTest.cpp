@@ -113,4 +113,12 @@ TEST_F(ControllerTest, AControllerStandsInTheObjectTableWhileItLives) {
     EXPECT_EQ(host::objectOf(95), nullptr);
 }
 
+TEST_F(ControllerTest, AValueThatIsNoNumberIsRefusedAtOnce) {
+    const auto element = sdf::Element::Create("controller");
+    element->setId(95);
+    element->append("signal")->setId(1)->touch("value")->setValue(std::string("on"));
+    EXPECT_THROW(host::Controller{element}, std::invalid_argument);
+    EXPECT_EQ(host::objectOf(95), nullptr);
+}
+
 }  // namespace trel::test
