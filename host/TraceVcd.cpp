@@ -241,13 +241,13 @@ void VcdTrace::stamp(Time time) {
         ++crowded_;
     }
     const Time now = time_ * stampsPerMicrosecond + step_;
-    if (now != written_) out_ << '#' << now << '\n';
+    if (now != written_) out_ << fmt::format("#{}\n", now);
     written_ = now;
 }
 
 void VcdTrace::end(Time time) {
     const Time now = time * stampsPerMicrosecond;
-    if (now > written_) out_ << '#' << now << '\n';
+    if (now > written_) out_ << fmt::format("#{}\n", now);
 }
 
 void VcdTrace::write(const Variable& variable, const SignalValue& value) {

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 
+#include <locale>
 #include <map>
 #include <sstream>
 #include <string>
@@ -39,6 +40,7 @@ protected:
         std::istringstream lines(plain.out);
         for (std::string line; std::getline(lines, line);) {
             std::istringstream words(line);
+            words.imbue(std::locale::classic());
             std::string kind, name;
             double x = 0;
             if (words >> kind >> name >> x && kind == "node") result[name] = x;

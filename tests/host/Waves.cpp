@@ -1,6 +1,9 @@
 #include "tests/host/Waves.h"
 
+#include <fmt/format.h>
+
 #include <bitset>
+#include <charconv>
 #include <cstdint>
 #include <sstream>
 #include <stdexcept>
@@ -93,9 +96,9 @@ private:
     }
 
     static std::string real(const std::string& text) {
-        std::ostringstream out;
-        out << std::stod(text);
-        return out.str();
+        double number = 0;
+        std::from_chars(text.data(), text.data() + text.size(), number);
+        return fmt::format("{}", number);
     }
 
     // A writer may tell a value that is there already.
