@@ -13,9 +13,9 @@
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/SmartComponent.h"
 
-// What a delivery costs in instructions and allocations, which are the same in
-// every run. Under callgrind every work is a part of the profile, by its name;
-// the allocations are printed.
+// What a delivery costs in instructions, which differ between runs only by how the
+// ids of a run fall into the object table, and in allocations. Under callgrind every
+// work is a part of the profile, by its name; the allocations are printed.
 
 namespace {
 std::size_t allocations = 0;
