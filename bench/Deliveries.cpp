@@ -51,9 +51,8 @@ void peer(benchmark::State& state, const Graph& graph, Path path) {
 
 void registerAll(const std::string& work, const Graph& graph, Path path) {
     const auto add = [&](const char* who, auto run) {
-        benchmark::RegisterBenchmark((work + "/" + who).c_str(), [=](benchmark::State& state) {
-            run(state, graph, path);
-        });
+        benchmark::RegisterBenchmark((work + "/" + who).c_str(),
+                                     [=](benchmark::State& state) { run(state, graph, path); });
     };
     add("ours", ours);
     add("graph", peer<DocumentWork, GraphWire>);

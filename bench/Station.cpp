@@ -99,9 +99,8 @@ SmartComponent& node(unsigned number) {
 
 StationNet::StationNet(const Graph& graph, Of of)
     : nodes_(graph.nodes),
-      cell_((openStation(),
-             dynamic_cast<Aggregation&>(*smartcomp::Build("Cell", cellId, "Cell",
-                                                          Station::logicId)))) {
+      cell_((openStation(), dynamic_cast<Aggregation&>(*smartcomp::Build("Cell", cellId, "Cell",
+                                                                         Station::logicId)))) {
     for (unsigned i = 0; i != nodes_; ++i) makeNode(firstNodeId + i, of == Of::Pulses);
     int index = 0;
     for (const auto& [from, to] : graph.edges) {

@@ -102,9 +102,8 @@ void fromTheFront(benchmark::State& state, bool renumbersOnly) {
         smartcomp::Aggregation& cell = net.cell();
         std::vector<smartcomp::Connection*> all;
         for (unsigned i = 0; i != many; ++i)
-            all.push_back(smartcomp::Connection::Build(&cell, i + 1, firstNodeId, output,
-                                                       firstNodeId + 1, input,
-                                                       static_cast<int>(i)));
+            all.push_back(smartcomp::Connection::Build(
+                &cell, i + 1, firstNodeId, output, firstNodeId + 1, input, static_cast<int>(i)));
         state.SetIterationTime(timeOf([&] {
             for (unsigned d = 0; d != deleted; ++d) {
                 if (!renumbersOnly) cell.deleteConnection(d + 1);
@@ -273,8 +272,8 @@ void byToChars(benchmark::State& state, unsigned numbers) {
 
 template <typename Run, typename... Arguments>
 benchmark::internal::Benchmark* add(const std::string& name, Run run, Arguments... arguments) {
-    return benchmark::RegisterBenchmark(
-        name.c_str(), [=](benchmark::State& state) { run(state, arguments...); });
+    return benchmark::RegisterBenchmark(name.c_str(),
+                                        [=](benchmark::State& state) { run(state, arguments...); });
 }
 
 template <typename Run, typename... Arguments>

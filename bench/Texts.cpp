@@ -59,8 +59,9 @@ public:
     explicit QtTextNode(unsigned id) : TextNode(id) {}
 
     void connectTo(QtTextNode& to) {
-        to.property_.setBinding(
-            [from = id()] { return follow<QtTextNode>(from).property_.value(); });
+        to.property_.setBinding([from = id()] {
+            return follow<QtTextNode>(from).property_.value();
+        });
     }
     void set(const std::string& value) { property_ = value; }
 

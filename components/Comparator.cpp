@@ -19,8 +19,7 @@ Comparator::Comparator(std::shared_ptr<sdf::Element> element)
     : Reacting(std::move(element), sdf::ObjectType::Component) {}
 
 void Comparator::furnish(Furnisher& furnisher) {
-    furnisher
-        .property({limit, "Limit", "Double", "0", "", "What In is compared with"})
+    furnisher.property({limit, "Limit", "Double", "0", "", "What In is compared with"})
         .property({mode, "Mode", "String", "Above", "", "When Out is on: Above or Below the limit"})
         .property({hysteresis, "Hysteresis", "Double", "0", "",
                    "How far In must come back to switch Out off"})
@@ -28,8 +27,7 @@ void Comparator::furnish(Furnisher& furnisher) {
         .signal({"Out", "DigitalOutput", "The result"});
 }
 
-std::vector<std::string> Comparator::getEnumPropertyList(unsigned propertyId,
-                                                         const std::string&) {
+std::vector<std::string> Comparator::getEnumPropertyList(unsigned propertyId, const std::string&) {
     if (propertyId != mode) return {};
     return {"Above", "Below"};
 }

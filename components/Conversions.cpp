@@ -11,8 +11,8 @@ namespace trel::components {
 
 namespace {
 
-constexpr unsigned bits = 32;         // of a group value
-constexpr unsigned bitsAtFirst = 8;   // of a new component
+constexpr unsigned bits = 32;        // of a group value
+constexpr unsigned bitsAtFirst = 8;  // of a new component
 
 std::string bitName(unsigned bit) { return "Bit" + std::to_string(bit); }
 

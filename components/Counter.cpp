@@ -18,8 +18,7 @@ Counter::Counter(std::shared_ptr<sdf::Element> element)
     : Reacting(std::move(element), sdf::ObjectType::Component) {}
 
 void Counter::furnish(Furnisher& furnisher) {
-    furnisher
-        .property({limit, "Limit", "Int32", "10", "", "The count at which Reached is on"})
+    furnisher.property({limit, "Limit", "Int32", "10", "", "The count at which Reached is on"})
         .property({count, "Count", "Int32", "0", "", "What has been counted", true})
         .signal({"Up", "DigitalInput", "Adds 1 when it rises"})
         .signal({"Down", "DigitalInput", "Takes 1 away when it rises"})

@@ -59,8 +59,7 @@ void LineSensor::update(long long time) {
     const unsigned found = detect();
     keep(object, std::to_string(found));
     const Part* const part = Part::find(found);
-    const double distance =
-        part ? beside(part->place(), settings().position, beamEnd()).along : 0;
+    const double distance = part ? beside(part->place(), settings().position, beamEnd()).along : 0;
     send("Distance", nearestInt(distance), time);
     send("Detected", part ? 1 : 0, time);
 }

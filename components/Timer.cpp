@@ -31,8 +31,7 @@ Timer::Timer(std::shared_ptr<sdf::Element> element)
     : Reacting(std::move(element), sdf::ObjectType::Component) {}
 
 void Timer::furnish(Furnisher& furnisher) {
-    furnisher
-        .property({mode, "Mode", "String", "OnDelay", "", "OnDelay, OffDelay or Pulse"})
+    furnisher.property({mode, "Mode", "String", "OnDelay", "", "OnDelay, OffDelay or Pulse"})
         .property({time, "Time", "Double", "500", "ms", "How long it waits"})
         .signal({"In", "DigitalInput", "What is timed"})
         .signal({"Out", "DigitalOutput", "Follows In according to Mode"});

@@ -17,9 +17,9 @@ namespace fuzz {
 
 namespace {
 
+using trel::host::componentsNow;
 using trel::smartcomp::Aggregation;
 using trel::smartcomp::SmartComponent;
-using trel::host::componentsNow;
 
 }  // namespace
 

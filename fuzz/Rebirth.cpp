@@ -20,13 +20,12 @@ using trel::smartcomp::Manager;
 using trel::smartcomp::SmartComponent;
 using trel::smartcomp::StationLogic;
 
-constexpr std::string_view emptyStation =
-    "<station id=\"1\">\n"
-    "  <smart_component id=\"2\" name=\"Station Logic\">\n"
-    "    <type string=\"StationLogic\" />\n"
-    "    <parent uint=\"0\" />\n"
-    "  </smart_component>\n"
-    "</station>\n";
+constexpr std::string_view emptyStation = "<station id=\"1\">\n"
+                                          "  <smart_component id=\"2\" name=\"Station Logic\">\n"
+                                          "    <type string=\"StationLogic\" />\n"
+                                          "    <parent uint=\"0\" />\n"
+                                          "  </smart_component>\n"
+                                          "</station>\n";
 
 void removeComponents() {
     while (const SmartComponent* const component = trel::host::anyComponentButLogic())

@@ -88,18 +88,16 @@ void setProperty(Random& random, SmartComponent& component) {
 void editConnection(Random& random, Aggregation& group) {
     const unsigned id = anyId(random, trel::test::tableOf(group));
     switch (random.below(4)) {
-        case 0:
-            return group.deleteConnection(id);
-        case 1:
-            return group.moveSgConnOrderBackward(id);
-        case 2:
-            return group.moveSgConnOrderForward(id);
+        case 0: return group.deleteConnection(id);
+        case 1: return group.moveSgConnOrderBackward(id);
+        case 2: return group.moveSgConnOrderForward(id);
         default: {
             const unsigned source = anyComponent(random)->id();
             const unsigned destination = anyComponent(random)->id();
-            trel::smartcomp::Connection::Build(
-                &group, group.getNextSgConnId(), source, 1 + random.below(4), destination,
-                1 + random.below(4), random.from<int>({-1, 0, 1, 2'147'483'647}));
+            trel::smartcomp::Connection::Build(&group, group.getNextSgConnId(), source,
+                                               1 + random.below(4), destination,
+                                               1 + random.below(4),
+                                               random.from<int>({-1, 0, 1, 2'147'483'647}));
         }
     }
 }
@@ -124,19 +122,15 @@ void act(Random& random) {
     SmartComponent& component = *anyComponent(random);
     auto* const group = dynamic_cast<Aggregation*>(&component);
     switch (random.below(group ? 8 : 6)) {
-        case 0:
-            return setProperty(random, component);
+        case 0: return setProperty(random, component);
         case 1: {
             const trel::smartcomp::Hold hold(component);
             return component.execute(20'000);
         }
-        case 2:
-            return random.oneIn(3) ? remove(random, component) : editMember(random, component);
+        case 2: return random.oneIn(3) ? remove(random, component) : editMember(random, component);
         case 6:
-        case 7:
-            return editConnection(random, *group);
-        default:
-            return setSignal(random, component);
+        case 7: return editConnection(random, *group);
+        default: return setSignal(random, component);
     }
 }
 

@@ -53,7 +53,8 @@ std::vector<Bond> allBonds() {
         if (!owner) continue;
         const std::size_t first = bonds.size();
         for (const auto& [id, binding] : owner->bindings()) {
-            const Bond bond{owner, binding,
+            const Bond bond{owner,
+                            binding,
                             {binding->getSrcComponentId(), binding->getSrcPropertyId()},
                             {binding->getDstComponentId(), binding->getDstPropertyId()}};
             if (propertyAt(bond.source) && propertyAt(bond.destination) && carries(bond))

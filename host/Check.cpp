@@ -90,8 +90,8 @@ Json jsonOf(const Faults& faults) {
 Faults faultsIn(const Json& all) {
     Faults faults;
     for (const Json& fault : all)
-        faults.push_back({FaultCode::at(fault[0]), {fault[1], fault[2]}, fault[3], fault[4],
-                          fault[5]});
+        faults.push_back(
+            {FaultCode::at(fault[0]), {fault[1], fault[2]}, fault[3], fault[4], fault[5]});
     return faults;
 }
 
@@ -119,7 +119,10 @@ Fault crashed(const StationMap& map, unsigned id, const std::string& end) {
     const FaultCode code = "type-crashes";
     const MappedObject* const object = map.find(id);
     if (!object)
-        return {code, {}, "", fmt::format("the process that looked at the components {}", end),
+        return {code,
+                {},
+                "",
+                fmt::format("the process that looked at the components {}", end),
                 std::string(code->remedy)};
     return {code, object->element->place(), map.pathOf(*object),
             fmt::format("the process that had the type \"{}\" make the component {}",
@@ -127,9 +130,8 @@ Fault crashed(const StationMap& map, unsigned id, const std::string& end) {
             std::string(code->remedy)};
 }
 
-Json answerOf(StationFile& file, const std::string& name, const StationMap& map,
-              FaultList& faults, const std::vector<std::filesystem::path>& libraries,
-              Progress& progress) {
+Json answerOf(StationFile& file, const std::string& name, const StationMap& map, FaultList& faults,
+              const std::vector<std::filesystem::path>& libraries, Progress& progress) {
     try {
         loadTypeLibraries(libraries);
         return {{"faults", jsonOf(inspectAlive(file, name, map, faults, progress))}};
@@ -182,8 +184,8 @@ Faults faultsOfFile(const std::filesystem::path& file,
         FaultList faults(read.noted);
         inspectDocument(*root, map, faults);
         found = joined(std::move(found), faults.take());
-        found = joined(std::move(found),
-                       faultsOfLiving(read, file.string(), map, faults, libraries));
+        found =
+            joined(std::move(found), faultsOfLiving(read, file.string(), map, faults, libraries));
     }
     sortByPlace(found);
     return found;

@@ -56,8 +56,9 @@ ExitCode check(const Options& options, std::ostream& out) {
 void addCheck(CLI::App& app, Action& chosen) {
     const auto options = std::make_shared<Options>();
     CLI::App& command = *app.add_subcommand(
-        "check", "Tells all that is wrong with station files, each fault with its place, what it is\n"
-                 "and what to do. Example: station check station.xml --strict");
+        "check",
+        "Tells all that is wrong with station files, each fault with its place, what it is\n"
+        "and what to do. Example: station check station.xml --strict");
     command.add_option("FILE", options->files, "The station files")->required();
     addLibraries(command, options->libraries);
     command.add_flag("--strict", options->strict, "Count warnings as faults, too");

@@ -86,8 +86,7 @@ ChildResult inChild(const std::function<std::string()>& work, unsigned seconds) 
     ChildResult result{readAll(ends[0]), {}};
     close(ends[0]);
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {}
     if (WIFSIGNALED(status))
         result.end = WTERMSIG(status) == SIGALRM
                          ? fmt::format("took more than {} s", seconds)

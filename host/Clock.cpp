@@ -14,8 +14,8 @@ struct Unit {
     std::string_view name;
     Time microseconds;
 };
-constexpr std::array<Unit, 4> units = {
-    Unit{"us", 1}, Unit{"ms", 1'000}, Unit{"s", 1'000'000}, Unit{"min", 60'000'000}};
+constexpr std::array<Unit, 4> units = {Unit{"us", 1}, Unit{"ms", 1'000}, Unit{"s", 1'000'000},
+                                       Unit{"min", 60'000'000}};
 
 constexpr std::string_view digits = "0123456789";
 constexpr std::size_t mostDigits = 15;

@@ -6,15 +6,16 @@ namespace trel::host {
 
 void addLibraries(CLI::App& command, std::vector<std::filesystem::path>& libraries) {
     command
-        .add_option("--components", libraries,
-                    "A further library of component types, by its path, or by its name where it is in\n"
-                    "a folder that STATION_COMPONENTS names; may be given more than once")
+        .add_option(
+            "--components", libraries,
+            "A further library of component types, by its path, or by its name where it is in\n"
+            "a folder that STATION_COMPONENTS names; may be given more than once")
         ->type_name("LIB")
         ->allow_extra_args(false);  // FILE may follow it
 }
 
-void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target,
-             Time shortest, const std::string& help) {
+void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target, Time shortest,
+             const std::string& help) {
     command
         .add_option_function<std::string>(
             name,

@@ -36,7 +36,7 @@ void addObjects(CLI::App& app, Action& chosen);  // remove, rename
 void addLibraries(CLI::App& command, std::vector<std::filesystem::path>& libraries);
 
 /// An option that takes a time, such as "20ms".
-void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target,
-             Time shortest, const std::string& help);
+void addTime(CLI::App& command, const std::string& name, std::optional<Time>& target, Time shortest,
+             const std::string& help);
 
 }  // namespace trel::host

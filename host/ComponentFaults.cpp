@@ -28,10 +28,8 @@ void inspectParent(const StationMap& map, const SmartComponent& component, Fault
 void inspectText(const StationMap& map, const MappedObject& owner, SmartComponent& component,
                  const Property& property, FaultList& faults) {
     if (component.validatePropertyValue(property.id(), property.value())) return;
-    const std::string choices =
-        choicesOf({component.id(), Member::Kind::Property, property.id()});
-    faults.add("property-refused", *property.element(),
-               map.pathOf(owner, *property.element()),
+    const std::string choices = choicesOf({component.id(), Member::Kind::Property, property.id()});
+    faults.add("property-refused", *property.element(), map.pathOf(owner, *property.element()),
                fmt::format("the property holds \"{}\", which the type \"{}\" cannot use",
                            property.value(), owner.element->asString("type")),
                choices.empty() ? "" : "write " + choices);

@@ -121,8 +121,8 @@ private:
             return std::nullopt;
         }
         if (!map_.member(edge.tag(), *end)) {
-            const FaultCode code =
-                edge.isBinding ? FaultCode("end-no-property") : FaultCode("end-no-signal");
+            const FaultCode code = edge.isBinding ? FaultCode("end-no-property")
+                                                  : FaultCode("end-no-signal");
             faults_.add(code, *at, pathOf(owner, edge.element),
                         fmt::format("the {} names the {} {} of {}, which has none with that id",
                                     key, edge.tag(), end->member, map_.pathOf(*object)));
@@ -159,9 +159,8 @@ private:
         const std::string to = typeOf(edge, *edge.destination);
         if (!carries(from, to) && !hasTypeFault(*edge.source) && !hasTypeFault(*edge.destination))
             faults_.add("binding-types", edge.element, pathOf(owner, edge.element),
-                        fmt::format("{} is {}, and {} is {}",
-                                    map_.pathOf("property", *edge.source), from,
-                                    map_.pathOf("property", *edge.destination), to));
+                        fmt::format("{} is {}, and {} is {}", map_.pathOf("property", *edge.source),
+                                    from, map_.pathOf("property", *edge.destination), to));
     }
 
     bool hasTypeFault(MappedEnd property) const {
@@ -236,8 +235,6 @@ private:
 
 }  // namespace
 
-void inspectConnections(const StationMap& map, FaultList& faults) {
-    Inspection(map, faults).run();
-}
+void inspectConnections(const StationMap& map, FaultList& faults) { Inspection(map, faults).run(); }
 
 }  // namespace trel::host

@@ -83,8 +83,7 @@ private:
     static std::optional<unsigned> idIn(const sdf::Element& key) {
         try {
             if (key.value().has_value()) return key.asUInt("");
-        } catch (const std::invalid_argument&) {
-        }
+        } catch (const std::invalid_argument&) {}
         return std::nullopt;
     }
 

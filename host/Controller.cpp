@@ -54,8 +54,8 @@ void deliver(const Delivery& delivery, bool running, long long time) {
             component->handleSignalValue(signal, std::get<int>(delivery.value), time);
         else
             component->setStaticSignalValue(signal, delivery.value);
-    } else if (auto* const controller = dynamic_cast<ControllerInterface*>(
-                   objectOf(delivery.destinationComponent))) {
+    } else if (auto* const controller =
+                   dynamic_cast<ControllerInterface*>(objectOf(delivery.destinationComponent))) {
         controller->setSignalValue(signal, delivery.value, running);
     } else {
         throw std::out_of_range(fmt::format("a connection leads to the object {}, which is not "
@@ -100,8 +100,8 @@ Controller::~Controller() { sdf::SdfManager::Remove(id()); }
 const Controller::Signal& Controller::signal(unsigned id) const {
     const auto found = std::ranges::find(signals_, id, &Signal::id);
     if (found == signals_.end())
-        throw std::out_of_range(
-            fmt::format("the controller \"{}\" has no signal with the id {}", name(), id));
+        throw std::out_of_range(fmt::format("the controller \"{}\" has no signal with the id {}",
+                                            name(), id));
     return *found;
 }
 
@@ -119,8 +119,9 @@ void Controller::setOutput(unsigned signalId, SignalValue value, bool running, l
     for (const Turn& turn : turnsFrom(id(), signalId)) {
         const Connection* const connection = connectionNow(turn.connectionId);
         if (!connection || !connection->matchSrc(id(), signalId)) continue;
-        Delivery delivery{id(),  signalId, connection->getDstComponentId(),
-                          connection->getDstSignalId(), value, nullptr};
+        Delivery delivery{
+            id(),  signalId, connection->getDstComponentId(), connection->getDstSignalId(),
+            value, nullptr};
         deliverObserved(delivery, running, time);
         delivery.value = 0;
         if (source.autoReset) deliverObserved(delivery, running, time);

@@ -43,7 +43,8 @@ public:
             keysOf(*object.element, {"type", "role_object", "pose"}, thing.values);
             if (!object.isLogic()) add(pathOf(object), std::move(thing));
             for (const auto* const tag : {"property", "signal"})
-                for (const auto& member : object.element->children(tag)) readMember(object, *member);
+                for (const auto& member : object.element->children(tag))
+                    readMember(object, *member);
             readConnections(object);
         }
         for (const MappedObject& object : map_.objects()) readPositions(object);
@@ -69,10 +70,9 @@ private:
         unsigned alike = 0;
         for (const auto& other : owner.element->children(member.tag()))
             alike += nameOfMember(*other) == name ? 1 : 0;
-        return fmt::format("{}.{}", pathOf(owner),
-                           name.empty() || alike > 1
-                               ? fmt::format("{}#{}", name, member.getId(true))
-                               : name);
+        return fmt::format(
+            "{}.{}", pathOf(owner),
+            name.empty() || alike > 1 ? fmt::format("{}#{}", name, member.getId(true)) : name);
     }
 
     void add(const std::string& path, Thing thing) {
@@ -172,8 +172,8 @@ std::string told(const std::string& path, const Thing& thing) {
 }
 
 // Only of what both have: what came or went says so itself.
-void compareOrders(const std::string& owner, std::vector<std::string> a,
-                   std::vector<std::string> b, std::vector<std::string>& lines) {
+void compareOrders(const std::string& owner, std::vector<std::string> a, std::vector<std::string> b,
+                   std::vector<std::string>& lines) {
     const auto keepCommon = [](std::vector<std::string>& order,
                                const std::multiset<std::string>& other) {
         std::multiset<std::string> left = other;

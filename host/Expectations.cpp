@@ -13,12 +13,12 @@ namespace {
 using Kind = Expectation::Kind;
 
 std::string askedOf(const Expectation& expectation, Time from) {
-    const std::string span =
-        expectation.span ? " within " + textOfTime(*expectation.span) : std::string();
+    const std::string span = expectation.span ? " within " + textOfTime(*expectation.span)
+                                              : std::string();
     switch (expectation.kind) {
         case Kind::Now:
-            return fmt::format("at {} {} was expected to be {}", textOfTime(from),
-                               expectation.name, expectation.text);
+            return fmt::format("at {} {} was expected to be {}", textOfTime(from), expectation.name,
+                               expectation.text);
         case Kind::Within:
             return fmt::format("from {} on {} was expected to be {}{}", textOfTime(from),
                                expectation.name, expectation.text, span);
@@ -131,8 +131,8 @@ void Expectations::passOver(const Expectation& expectation, Time from, const std
 }
 
 void Expectations::decide(const Open& open, Outcome outcome, Time at, const std::string& found) {
-    verdicts_.push_back(
-        {open.expectation, outcome, open.from, at, askedOf(*open.expectation, open.from), found});
+    verdicts_.push_back({open.expectation, outcome, open.from, at,
+                         askedOf(*open.expectation, open.from), found});
     if (outcome != Outcome::NotReached) trace_.say(told(verdicts_.back()));
 }
 

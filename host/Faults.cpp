@@ -78,8 +78,7 @@ std::string_view nameOf(Severity severity) {
 
 std::string textOf(const std::string& file, const Fault& fault) {
     std::string text = file;
-    if (fault.place.line != 0)
-        text += fmt::format(":{}:{}", fault.place.line, fault.place.column);
+    if (fault.place.line != 0) text += fmt::format(":{}:{}", fault.place.line, fault.place.column);
     text += fmt::format(": {}: ", nameOf(fault.code->severity));
     if (!fault.path.empty()) text += fault.path + ": ";
     return text + fmt::format("{}; {} [{}]", fault.text, fault.remedy, fault.code->code);

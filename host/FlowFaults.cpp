@@ -153,7 +153,7 @@ private:
     std::vector<Wire> wires_;
     std::unordered_set<std::uint64_t> onward_;  // inputs of aggregations that lead on
     std::unordered_map<std::uint64_t, std::vector<const Wire*>> feeding_;  // into these
-    std::unordered_map<std::uint64_t, unsigned long long> values_;  // of valuesFrom
+    std::unordered_map<std::uint64_t, unsigned long long> values_;         // of valuesFrom
 };
 
 }  // namespace

@@ -104,8 +104,9 @@ private:
             }
             open_.insert(child);
             line(depth + 1, "subgraph cluster_{} {{", child);
-            line(depth + 2, "label=\"{}\"; style=rounded; color=\"#7a8aa0\"; "
-                            "bgcolor=\"#0000000a\";",
+            line(depth + 2,
+                 "label=\"{}\"; style=rounded; color=\"#7a8aa0\"; "
+                 "bgcolor=\"#0000000a\";",
                  quotedText(objectOf(child)->name()));
             ports(child, depth + 2);
             inside(child, depth + 1);
@@ -123,7 +124,8 @@ private:
     void ports(unsigned id, unsigned depth) {
         std::vector<Member> in;
         std::vector<Member> out;
-        for (const Member& member : shownMembers(id)) (isOutput(member) ? out : in).push_back(member);
+        for (const Member& member : shownMembers(id))
+            (isOutput(member) ? out : in).push_back(member);
         for (const auto& [members, place] : {std::pair(&in, "i"), std::pair(&out, "o")}) {
             if (members->empty()) continue;
             line(depth, "c{}{} [label=<{}>];", id, place, table("", "", *members, {}));
@@ -133,7 +135,8 @@ private:
     void node(unsigned id, unsigned depth) {
         std::vector<Member> in;
         std::vector<Member> out;
-        for (const Member& member : shownMembers(id)) (isOutput(member) ? out : in).push_back(member);
+        for (const Member& member : shownMembers(id))
+            (isOutput(member) ? out : in).push_back(member);
         const auto* const object = objectOf(id);
         std::string type = object->element()->tag() == "controller"
                                ? "controller"
@@ -271,7 +274,7 @@ private:
     unsigned depth_ = 0;
     std::set<Member> bound_;
     std::set<Member> drivenInside_;  // properties of aggregations, by what they contain
-    std::set<unsigned> open_;  // aggregations
+    std::set<unsigned> open_;        // aggregations
     std::string text_;
 };
 

@@ -63,8 +63,7 @@ void addGraph(CLI::App& app, Action& chosen) {
                     "The picture; its name ends in .svg or .png, for which Graphviz is needed, or "
                     "in .dot")
         ->type_name("FILE");
-    command.add_flag("--values", options->view.values,
-                     "With the values of signals and properties");
+    command.add_flag("--values", options->view.values, "With the values of signals and properties");
     command
         .add_option("--depth", options->view.depth,
                     "How deep aggregations are opened; else as deep as the picture stays readable")

@@ -21,8 +21,10 @@ namespace {
 // A file without a name: neither process waits for the other.
 class Scratch {
 public:
-    explicit Scratch(const std::string& text = "") : descriptor_(memfd_create("station", MFD_CLOEXEC)) {
-        if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "no memory file");
+    explicit Scratch(const std::string& text = "")
+        : descriptor_(memfd_create("station", MFD_CLOEXEC)) {
+        if (descriptor_ < 0)
+            throw std::system_error(errno, std::generic_category(), "no memory file");
         for (std::size_t done = 0; done != text.size();) {
             const ssize_t size = write(descriptor_, text.data() + done, text.size() - done);
             if (size < 0) throw std::system_error(errno, std::generic_category(), "no memory");
@@ -70,8 +72,7 @@ std::optional<std::string> drawn(const std::string& dot, const std::string& form
     if (error == ENOENT) return std::nullopt;
     if (error != 0) throw std::system_error(error, std::generic_category(), "no process");
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
+    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {}
     if (status != 0)
         throw Failure(ExitCode::CannotSave,
                       fmt::format("Graphviz does not draw the graph ({}); write it as a file that "

@@ -10,7 +10,9 @@ namespace trel::host {
 
 namespace {
 
-std::string seconds(Time time) { return fmt::format("{}.{:06}", time / 1'000'000, time % 1'000'000); }
+std::string seconds(Time time) {
+    return fmt::format("{}.{:06}", time / 1'000'000, time % 1'000'000);
+}
 
 class Report {
 public:
@@ -34,7 +36,8 @@ public:
     void error(const std::string& name, Time time, const std::string& type,
                const std::string& message) {
         ++errors_;
-        add(name, time, fmt::format("<error type=\"{}\" message=\"{}\" />", type, escapedMarkup(message)));
+        add(name, time,
+            fmt::format("<error type=\"{}\" message=\"{}\" />", type, escapedMarkup(message)));
     }
     void skipped(const std::string& name, Time time, const std::string& message) {
         ++skipped_;
@@ -69,8 +72,7 @@ std::string textOfJUnit(const RunOutcome& outcome, const std::string& scenario) 
         if (verdict.outcome == Verdict::Outcome::Held)
             report.add(name, verdict.at, "");
         else if (verdict.outcome == Verdict::Outcome::Failed)
-            report.failed(name, verdict.at,
-                          fmt::format("{}, {}", verdict.asked, verdict.found),
+            report.failed(name, verdict.at, fmt::format("{}, {}", verdict.asked, verdict.found),
                           fmt::format("{}: {}, {}", verdict.expectation->place, verdict.asked,
                                       verdict.found));
         else

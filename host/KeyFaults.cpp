@@ -161,9 +161,10 @@ private:
             if (isPassedOver(*node)) continue;
             const bool holdsValue = node->tag() == "value" && node->kind() == Kind::Element;
             if (holdsValue) continue;
-            const FaultCode code = node->kind() == Kind::Text        ? FaultCode("text-unknown")
-                                   : node->kind() == Kind::Attribute ? FaultCode("attribute-unknown")
-                                                                     : FaultCode("element-unknown");
+            const FaultCode code = node->kind() == Kind::Text ? FaultCode("text-unknown")
+                                   : node->kind() == Kind::Attribute
+                                       ? FaultCode("attribute-unknown")
+                                       : FaultCode("element-unknown");
             faults_.add(code, *node, path(),
                         node->kind() == Kind::Text
                             ? fmt::format("text stands in the key \"{}\"", key.tag())
@@ -198,8 +199,8 @@ private:
         const Element& element = *object.element;
         const auto path = [&] { return map_.pathOf(object); };
         contents(element, object.isController() ? controllerForm : componentForm, path);
-        for (const auto& [tag, form] : {std::pair{"property", &propertyForm},
-                                        std::pair{"signal", &signalForm}})
+        for (const auto& [tag, form] :
+             {std::pair{"property", &propertyForm}, std::pair{"signal", &signalForm}})
             for (const auto& member : element.children(tag))
                 contents(*member, *form, [&] { return map_.pathOf(object, *member); });
         for (const auto& connection : element.children("connection"))

@@ -24,8 +24,8 @@ void refuse(const std::string& file, const Faults& faults) {
         throw Failure(ExitCode::FileInvalid, textOfFaults(file, errors));
 }
 
-[[noreturn]] void refuse(const std::string& file, const StationMap& map,
-                         const MappedObject& object, const std::string& reason) {
+[[noreturn]] void refuse(const std::string& file, const StationMap& map, const MappedObject& object,
+                         const std::string& reason) {
     FaultList faults;
     addFailedType(map, object, reason, faults);
     throw Failure(ExitCode::FileInvalid, textOfFaults(file, faults.take()));

@@ -110,8 +110,7 @@ std::vector<Member> membersLike(unsigned objectId, std::string_view step) {
     const std::string name = nameIn(step);
     std::vector<Member> found;
     for (const Member& member : membersOf(objectId))
-        if ((!kind || *kind == member.kind) &&
-            (id ? member.id == *id : nameOf(member) == name))
+        if ((!kind || *kind == member.kind) && (id ? member.id == *id : nameOf(member) == name))
             found.push_back(member);
     return found;
 }
@@ -201,16 +200,15 @@ unsigned Names::object(const std::vector<std::string_view>& steps, std::string_v
         if (found.size() > 1) {
             std::string candidates;
             for (const unsigned id : found)
-                candidates += fmt::format("{}#{} ({})", candidates.empty() ? "" : ", ", id,
-                                          pathOf(id));
-            throw NameError(fmt::format("{} is ambiguous in {}; write one of {} for it", step,
-                                        path, candidates));
+                candidates +=
+                    fmt::format("{}#{} ({})", candidates.empty() ? "" : ", ", id, pathOf(id));
+            throw NameError(fmt::format("{} is ambiguous in {}; write one of {} for it", step, path,
+                                        candidates));
         }
         if (found.empty())
             throw NameError(fmt::format("there is no {} {}; see the names with station show", step,
-                                        here == StationLogic::inst()->id()
-                                            ? "in the station"
-                                            : "in " + pathOf(here)));
+                                        here == StationLogic::inst()->id() ? "in the station"
+                                                                           : "in " + pathOf(here)));
         here = found.front();
     }
     return here;

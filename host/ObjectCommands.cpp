@@ -83,7 +83,8 @@ void tidy(std::ostream& out) {
     for (const SmartComponent* const component : componentsNow()) {
         std::set<unsigned> positioned;
         for (const auto& xy : component->element()->children("xy")) {
-            const auto child = static_cast<unsigned>(std::clamp(xy->asVec3("").x, 0.0, 4294967295.0));
+            const auto child =
+                static_cast<unsigned>(std::clamp(xy->asVec3("").x, 0.0, 4294967295.0));
             const auto* const object = objectOf(child);
             const bool isChild = component->hasObjChild(child) && object;
             if (isChild && positioned.insert(child).second) continue;
@@ -200,7 +201,8 @@ void addObjects(CLI::App& app, Action& chosen) {
                   "Diagram positions that are of nothing, or doubled, go too.\n"
                   "Example: station remove station.xml Cell/Gripper Cell.Close");
     addEditOptions(removal, options->edit);
-    removal.add_option("NAME", options->names, "What is removed; nothing but to tidy up without it");
+    removal.add_option("NAME", options->names,
+                       "What is removed; nothing but to tidy up without it");
     removal.callback([&chosen, options] {
         chosen = [options](std::ostream& out) { return remove(*options, out); };
     });

@@ -19,9 +19,9 @@ namespace trel::host {
 
 namespace {
 
-constexpr std::array<std::string_view, 6> signalTypes = {"AnalogInput",   "AnalogOutput",
-                                                         "DigitalInput",  "DigitalOutput",
-                                                         "GroupInput",    "GroupOutput"};
+constexpr std::array<std::string_view, 6> signalTypes = {"AnalogInput",  "AnalogOutput",
+                                                         "DigitalInput", "DigitalOutput",
+                                                         "GroupInput",   "GroupOutput"};
 
 // The codes of what properties and signals share.
 struct MemberCodes {
@@ -139,8 +139,8 @@ private:
                             fmt::format("the {} has no id", codes.tag));
             else if (const auto [entry, fresh] = ids.emplace(id, line); !fresh)
                 faults_.add(codes.idTwice, *member, path(),
-                            fmt::format("the {} has the id {} of the one in line {}", codes.tag,
-                                        id, entry->second));
+                            fmt::format("the {} has the id {} of the one in line {}", codes.tag, id,
+                                        entry->second));
             if (codes.tag == "signal" && !inspectSignalName(*member, path())) continue;
             if (const std::string name = nameOfMember(*member); name.empty())
                 faults_.add(codes.nameMissing, *member, path(),

@@ -92,9 +92,8 @@ std::string verdictOf(const RunOutcome& outcome) {
 void summary(Page& page, const ReportHead& head, const RunOutcome& outcome) {
     const bool isGood = outcome.end == RunOutcome::End::Good && outcome.faults.empty() &&
                         outcome.failed.empty();
-    page.print("<h1>Run of {}</h1>\n<p class=\"verdict {}\">{}</p>\n",
-               escapedMarkup(head.station), isGood ? "good" : "bad",
-               escapedMarkup(verdictOf(outcome)));
+    page.print("<h1>Run of {}</h1>\n<p class=\"verdict {}\">{}</p>\n", escapedMarkup(head.station),
+               isGood ? "good" : "bad", escapedMarkup(verdictOf(outcome)));
     page.print("<dl>");
     const auto fact = [&](std::string_view name, const std::string& value) {
         page.print("<dt>{}</dt><dd>{}</dd>", name, escapedMarkup(value));
@@ -112,10 +111,11 @@ void expectations(Page& page, const RunOutcome& outcome) {
         return page.print("<p class=\"note\">Nothing was expected.</p>\n");
     page.table({"Time", "Expected", "Outcome", "Place"});
     for (const Verdict& verdict : outcome.verdicts) {
-        const auto [kind, text] =
-            verdict.outcome == Verdict::Outcome::Held     ? std::pair("held", std::string("held"))
-            : verdict.outcome == Verdict::Outcome::Failed ? std::pair("failed", verdict.found)
-                                         : std::pair("skipped", "not reached: " + verdict.found);
+        const auto [kind, text] = verdict.outcome == Verdict::Outcome::Held
+                                      ? std::pair("held", std::string("held"))
+                                  : verdict.outcome == Verdict::Outcome::Failed
+                                      ? std::pair("failed", verdict.found)
+                                      : std::pair("skipped", "not reached: " + verdict.found);
         page.row({{"time", textOfTime(verdict.at)},
                   {"", verdict.asked},
                   {kind, text},
@@ -175,14 +175,16 @@ std::string textOfReport(const ReportHead& head, const RunOutcome& outcome,
 
     page.section("diagram", "Diagram, with the values after the run");
     if (head.diagram.empty())
-        page.print("<p class=\"note\">Graphviz did not draw it; look whether its package graphviz is "
-                   "installed, and at what station graph says.</p>\n");
+        page.print(
+            "<p class=\"note\">Graphviz did not draw it; look whether its package graphviz is "
+            "installed, and at what station graph says.</p>\n");
     else
         page.print("<div class=\"scroll\">{}</div>\n", embedded(head.diagram));
 
     page.section("lines", "What the scenario said");
     page.table({"Time", "Line"});
-    for (const auto& [time, text] : trace.lines()) page.row({{"time", textOfTime(time)}, {"", text}});
+    for (const auto& [time, text] : trace.lines())
+        page.row({{"time", textOfTime(time)}, {"", text}});
     page.endTable();
     return page.finished();
 }

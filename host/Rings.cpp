@@ -10,7 +10,7 @@ namespace trel::host {
 namespace {
 
 constexpr std::size_t none = SIZE_MAX;
-constexpr std::size_t mostRings = 20;            // of one part
+constexpr std::size_t mostRings = 20;          // of one part
 constexpr std::size_t mostSteps = 20'000'000;  // of all searches
 
 }  // namespace

@@ -25,9 +25,10 @@ namespace {
 // "Cell/Odd (Thrower, #10)". It may have removed itself before it failed.
 std::string called(unsigned id) {
     const auto* const object = objectOf(id);
-    const std::string type = !object                                      ? "removed"
-                             : object->element()->tag() == "controller" ? "controller"
-                                                          : object->element()->asString("type");
+    const std::string type = !object ? "removed"
+                             : object->element()->tag() == "controller"
+                                 ? "controller"
+                                 : object->element()->asString("type");
     return fmt::format("{} ({}, #{})", pathOf(id), type, id);
 }
 
@@ -138,7 +139,8 @@ void Run::apply(const Setting& setting) {
         return;
     }
     if (deliveries_.isAside(member.object))
-        return trace_.say(fmt::format("{} is not set: its component was set aside", pathOf(member)));
+        return trace_.say(fmt::format("{} is not set: its component was set aside",
+                                      pathOf(member)));
     if (setting.kind == Setting::Kind::Release) {
         forced_.release(member);
         return trace_.setForced(member, false);
@@ -192,18 +194,18 @@ void Run::contain(unsigned asked, const std::string& doing) {
     const auto chain = deliveries_.chain();
     if (thrown == smartcomp::stackUsedUp) {
         const auto ring = deliveries_.ring();
-        stop(End::Stack, fmt::format("the stack is used up by {} nested deliveries at {}; {}{}",
-                                     chain.size(), textOfTime(time_),
-                                     ring.empty() ? "they are " : "they go round the ring ",
-                                     textOf(ring.empty() ? chain : ring)));
+        stop(End::Stack,
+             fmt::format("the stack is used up by {} nested deliveries at {}; {}{}", chain.size(),
+                         textOfTime(time_), ring.empty() ? "they are " : "they go round the ring ",
+                         textOf(ring.empty() ? chain : ring)));
     }
     const unsigned failed = chain.empty() ? asked : chain.back().destination.object;
-    const std::string done =
-        chain.empty() ? doing : fmt::format("taking {} at {}", deliveries_.brought(),
-                                            pathOf(chain.back().destination));
-    const std::string way =
-        chain.empty() ? "" : fmt::format("; what led there: {} {}, {}", called(asked), doing,
-                                         textOf(chain));
+    const std::string done = chain.empty() ? doing
+                                           : fmt::format("taking {} at {}", deliveries_.brought(),
+                                                         pathOf(chain.back().destination));
+    const std::string way = chain.empty() ? ""
+                                          : fmt::format("; what led there: {} {}, {}",
+                                                        called(asked), doing, textOf(chain));
     deliveries_.forgetChain();
     for (SmartComponent* const component : componentsNow()) component->clearMarks();
     trace_.flush();
@@ -239,8 +241,7 @@ void Run::finish() {
     if (isOver())
         for (; next_ < script_.moments.size() && script_.moments[next_].at <= rules_.until; ++next_)
             for (const Expectation& expectation : script_.moments[next_].expect)
-                expectations_.passOver(expectation, script_.moments[next_].at,
-                                       outcome_.reason);
+                expectations_.passOver(expectation, script_.moments[next_].at, outcome_.reason);
     outcome_.failed = outcome_.missed;
     outcome_.verdicts = expectations_.verdicts();
     for (const Verdict& verdict : outcome_.verdicts) {

@@ -23,8 +23,8 @@ struct RunRules {
     /// nests without end is told as that.
     static constexpr unsigned long long usualBudget = 2'000'000;
 
-    Time step = 10'000;  // longer than 0
-    Time until = 0;      // what the script does later is left out
+    Time step = 10'000;                       // longer than 0
+    Time until = 0;                           // what the script does later is left out
     unsigned long long budget = usualBudget;  // deliveries in a step
     bool stopsOnFault = false;
     std::function<void(Time)> onStep = {};  // after each, for who shows progress
@@ -45,13 +45,13 @@ struct RunOutcome {
     Time time = 0;       // of the last step
     unsigned long long steps = 0;
     unsigned long long deliveries = 0;
-    unsigned held = 0;                  // expectations
-    std::vector<std::string> failed;    // one line for each, with place and what was found
-    std::vector<std::string> missed;    // those of them that are settings of what was removed
-    std::vector<Fault> faults;          // of components
-    std::vector<Verdict> verdicts;      // on all expectations, in the order of knowing
-    std::vector<Hotspot> hotspots;      // of the step that spent the budget
-    std::vector<MemberCount> hottest;   // of the whole run
+    unsigned held = 0;                 // expectations
+    std::vector<std::string> failed;   // one line for each, with place and what was found
+    std::vector<std::string> missed;   // those of them that are settings of what was removed
+    std::vector<Fault> faults;         // of components
+    std::vector<Verdict> verdicts;     // on all expectations, in the order of knowing
+    std::vector<Hotspot> hotspots;     // of the step that spent the budget
+    std::vector<MemberCount> hottest;  // of the whole run
 };
 
 /// Lets the live station run through a script. Components are initialised, then

@@ -41,14 +41,14 @@ Time lengthOf(const RunOptions& options, const Scenario& scenario) {
 
 // Moments of the script that come after the end of the run.
 std::ptrdiff_t lateOnes(const Script& script, Time length) {
-    return std::ranges::count_if(
-        script.moments, [&](const Script::Moment& moment) { return moment.at > length; });
+    return std::ranges::count_if(script.moments,
+                                 [&](const Script::Moment& moment) { return moment.at > length; });
 }
 
 void print(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t late,
            std::ostream& out) {
-    const auto notReached = std::ranges::count(outcome.verdicts, Verdict::Outcome::NotReached,
-                                               &Verdict::outcome);
+    const auto notReached =
+        std::ranges::count(outcome.verdicts, Verdict::Outcome::NotReached, &Verdict::outcome);
     fmt::print(out, "\nran {} in {} steps; changes: {}; expectations: {} held, {} failed{}\n",
                textOfTime(outcome.time), outcome.steps, changes, outcome.held,
                outcome.failed.size(),
@@ -63,12 +63,16 @@ void print(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t
 // The last line of what --json prints.
 void printJson(const RunOutcome& outcome, unsigned long long changes, std::ptrdiff_t late,
                std::ostream& out) {
-    nlohmann::ordered_json object = {
-        {"kind", "ended"},         {"time_us", outcome.time},
-        {"steps", outcome.steps},  {"changes", changes},
-        {"deliveries", outcome.deliveries}, {"held", outcome.held},
-        {"failed", outcome.failed}, {"faults", nlohmann::ordered_json::array()},
-        {"stopped", outcome.reason}, {"left_out", late}};
+    nlohmann::ordered_json object = {{"kind", "ended"},
+                                     {"time_us", outcome.time},
+                                     {"steps", outcome.steps},
+                                     {"changes", changes},
+                                     {"deliveries", outcome.deliveries},
+                                     {"held", outcome.held},
+                                     {"failed", outcome.failed},
+                                     {"faults", nlohmann::ordered_json::array()},
+                                     {"stopped", outcome.reason},
+                                     {"left_out", late}};
     for (const RunOutcome::Fault& fault : outcome.faults) object["faults"].push_back(fault.text);
     out << object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }

@@ -170,8 +170,7 @@ private:
                         return false;
                     return true;
                 });
-        if (!map["at"])
-            complain(map, "a moment needs its time; write at, as in \"at: 1.5s\"");
+        if (!map["at"]) complain(map, "a moment needs its time; write at, as in \"at: 1.5s\"");
         if (map["within"] && result.expect.empty() && result.never.empty())
             complain(map["within"], "within is the span of what is expected; write expect or "
                                     "never beside it");
@@ -312,9 +311,9 @@ private:
 
     Scenario& scenario_;
     ScenarioFaults& faults_;
-    const std::size_t place_;           // of the file
-    const std::filesystem::path file_;  // empty for a text
-    const Time shift_;                  // of all its times
+    const std::size_t place_;                         // of the file
+    const std::filesystem::path file_;                // empty for a text
+    const Time shift_;                                // of all its times
     const std::vector<std::filesystem::path> outer_;  // that include it
 };
 

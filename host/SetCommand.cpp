@@ -53,8 +53,7 @@ SignalValue signalValue(const Member& member, const std::string& path, const std
 }
 
 void setSignal(const Member& member, SignalValue value) {
-    if (signalOf(member))
-        return componentOf(member.object)->setStaticSignalValue(member.id, value);
+    if (signalOf(member)) return componentOf(member.object)->setStaticSignalValue(member.id, value);
     auto& controller = dynamic_cast<Controller&>(*objectOf(member.object));
     if (controllerSignalOf(member)->isOutput())
         controller.setOutput(member.id, value, false, 0);
@@ -66,8 +65,8 @@ void setProperty(const Member& member, const std::string& path, const std::strin
     smartcomp::SmartComponent& component = *componentOf(member.object);
     if (!component.validatePropertyValue(member.id, text)) {
         const std::string choices = choicesOf(member);
-        refuse(path, text, choices.empty() ? "a value of type " + propertyOf(member)->type()
-                                           : choices);
+        refuse(path, text,
+               choices.empty() ? "a value of type " + propertyOf(member)->type() : choices);
     }
     const smartcomp::Hold hold(component);
     component.setPropertyValue(member.id, text);

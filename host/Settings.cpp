@@ -9,7 +9,8 @@
 namespace trel::host {
 
 void setSignal(const Member& signal, int value, Time time) {
-    if (signalOf(signal)) return componentOf(signal.object)->handleSignalValue(signal.id, value, time);
+    if (signalOf(signal))
+        return componentOf(signal.object)->handleSignalValue(signal.id, value, time);
     auto* const controller = dynamic_cast<Controller*>(objectOf(signal.object));
     if (controllerSignalOf(signal)->isOutput())
         controller->setOutput(signal.id, value, true, time);
@@ -25,7 +26,8 @@ void carryOut(const Setting& setting, Time time) {
     }
     setSignal(setting.member, setting.number, time);
     // What came of the value may have removed the signal.
-    if (setting.kind == Setting::Kind::Pulse && nameOf(setting.member) && !isAutoReset(setting.member))
+    if (setting.kind == Setting::Kind::Pulse && nameOf(setting.member) &&
+        !isAutoReset(setting.member))
         setSignal(setting.member, 0, time);
 }
 

@@ -84,8 +84,9 @@ private:
     void signals(unsigned object, unsigned depth) {
         for (const Member& member : membersOf(object))
             if (member.kind == Member::Kind::Signal)
-                line(depth, "{} : {}{} = {}", quoted(nameOf(member).value_or("")), signalTypeOf(member),
-                     isAutoReset(member) ? ", resets itself" : "", shown(member));
+                line(depth, "{} : {}{} = {}", quoted(nameOf(member).value_or("")),
+                     signalTypeOf(member), isAutoReset(member) ? ", resets itself" : "",
+                     shown(member));
     }
 
     void edges(const Aggregation& aggregation, unsigned depth) {
@@ -97,8 +98,7 @@ private:
 
         std::map<unsigned, const Connection*> bindings;  // by id
         for (const auto& [id, binding] : aggregation.bindings()) bindings.emplace(id, binding);
-        for (const auto& [id, binding] : bindings)
-            line(depth, "binding: {}", endsOf(*binding));
+        for (const auto& [id, binding] : bindings) line(depth, "binding: {}", endsOf(*binding));
     }
 
     const Tree tree_;

@@ -56,9 +56,9 @@ StationFile readStationFile(const std::filesystem::path& file) {
     try {
         result.document = sdf::Document::read(file, values);
     } catch (const sdf::DocumentError& error) {
-        result.faults.push_back(faultOf(
-            error.place().line == 0 ? FaultCode("file-unreadable") : FaultCode("not-well-formed"),
-            error.place(), error.fault()));
+        result.faults.push_back(faultOf(error.place().line == 0 ? FaultCode("file-unreadable")
+                                                                : FaultCode("not-well-formed"),
+                                        error.place(), error.fault()));
         return result;
     }
     for (const sdf::ValueFault& value : values) {

@@ -28,8 +28,8 @@ std::optional<Member> memberOf(const sdf::Element& element) {
 std::string Event::told() const {
     const std::string round = ring.empty() ? "" : "; the ring is " + ring;
     if (code == "10007")
-        return fmt::format("event {}: {} refuses \"{}\" for the property {}{}", code,
-                           quoted(text1), text3, quoted(text2), round);
+        return fmt::format("event {}: {} refuses \"{}\" for the property {}{}", code, quoted(text1),
+                           text3, quoted(text2), round);
     if (code == "10008")
         return fmt::format("event {}: another value came back to {} on a ring of connections, at "
                            "the signal {}, and was dropped{}",
@@ -89,8 +89,8 @@ void Trace::valueWritten(sdf::Element& element, const std::any& value) {
         tell(*member, element.getStringFromValue(), std::nullopt);
 }
 
-void Trace::reportEvent(const std::string& code, const std::string& text1,
-                        const std::string& text2, const std::string& text3) {
+void Trace::reportEvent(const std::string& code, const std::string& text1, const std::string& text2,
+                        const std::string& text3) {
     flush();
     const Event event{time_, code, text1, text2, text3, ring_ ? ring_() : ""};
     for (TraceSink* const sink : sinks_) sink->reported(event);

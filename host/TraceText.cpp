@@ -38,8 +38,8 @@ TextTrace::TextTrace(std::ostream& out, Watch watch) : out_(out), watch_(std::mo
 void TextTrace::changed(const Change& change) {
     const std::string path = pathOf(change.member);
     if (watch_.suits(path))
-        line(change.time, fmt::format("{} = {}{}", path, change.shown,
-                                      change.forced ? " (forced)" : ""));
+        line(change.time,
+             fmt::format("{} = {}{}", path, change.shown, change.forced ? " (forced)" : ""));
 }
 
 void TextTrace::reported(const Event& event) { line(event.time, "!! " + event.told()); }

@@ -70,8 +70,8 @@ std::string vector(const SignalValue& value) {
     if (number != std::floor(number) || number < std::numeric_limits<std::int32_t>::min() ||
         number > std::numeric_limits<std::int32_t>::max())
         return "bx ";
-    const auto bits = std::bitset<vectorBits>(
-        static_cast<std::uint32_t>(static_cast<std::int32_t>(number)));
+    const auto bits =
+        std::bitset<vectorBits>(static_cast<std::uint32_t>(static_cast<std::int32_t>(number)));
     const std::string text = bits.to_string();
     return fmt::format("b{} ", text.substr(std::min(text.find('1'), text.size() - 1)));
 }
@@ -142,7 +142,9 @@ private:
 
     static std::optional<Form> formOf(const Member& member) {
         if (auto* const signal = signalOf(member))
-            return signal->isDigital() ? Form::Wire : signal->isAnalog() ? Form::Real : Form::Vector;
+            return signal->isDigital()  ? Form::Wire
+                   : signal->isAnalog() ? Form::Real
+                                        : Form::Vector;
         if (const auto* const signal = controllerSignalOf(member))
             return signal->type.starts_with("Digital")  ? Form::Wire
                    : signal->type.starts_with("Analog") ? Form::Real
@@ -180,8 +182,7 @@ private:
     }
 
     // Siblings may have the same name, and look the same when they are escaped.
-    static std::string unique(std::set<std::string>& taken, const std::string& name,
-                              unsigned id) {
+    static std::string unique(std::set<std::string>& taken, const std::string& name, unsigned id) {
         std::string result = escaped(name);
         while (!taken.insert(result).second) result += fmt::format("_{}", id);
         return result;
@@ -192,7 +193,7 @@ private:
     const Tree tree_;
     std::string place_;
     std::vector<std::size_t> ends_;  // of the outer places
-    std::vector<Taken> taken_;         // in the scopes that are open
+    std::vector<Taken> taken_;       // in the scopes that are open
     std::size_t codes_ = 0;
 };
 
@@ -279,8 +280,7 @@ std::string VcdTrace::saveFile(const std::string& dumpName, const Watch& watch) 
         text += fmt::format("{}\n+{{{}}} {}{}\n", flags[static_cast<int>(variable.form)],
                             nameOf(variable.member).value_or(""), variable.place,
                             variable.form == Form::Vector ? "[31:0]" : "");
-        if (!variable.forcedCode.empty())
-            text += fmt::format("@28\n{}_forced\n", variable.place);
+        if (!variable.forcedCode.empty()) text += fmt::format("@28\n{}_forced\n", variable.place);
     }
     leave();
     return text;

@@ -148,8 +148,8 @@ std::string trial(const fs::path& path, const fs::path& called) {
         },
         longest);
     if (!result.end.empty())
-        refuse(called, fmt::format("{} while it was loaded; its maker has to mend that",
-                                   result.end));
+        refuse(called,
+               fmt::format("{} while it was loaded; its maker has to mend that", result.end));
     if (result.output.starts_with('!')) throw Failure(ExitCode::Usage, result.output.substr(1));
     return result.output;
 }
@@ -241,8 +241,7 @@ std::optional<fs::path> libraryThatBrings(const std::string& type) {
             try {
                 const auto types = linesOf(trial(file, file));
                 if (std::ranges::find(types, type) != types.end()) return file;
-            } catch (const Failure&) {
-            }
+            } catch (const Failure&) {}
         }
     }
     return std::nullopt;

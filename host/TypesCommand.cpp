@@ -79,8 +79,7 @@ std::string membersOf(SmartComponent& component) {
                                        shown(member)),
                            said(property->description(), choicesOf(member)));
         else if (auto* const signal = signalOf(member))
-            signals.add(fmt::format("{} : {}{}", quoted(signal->getName()),
-                                    signal->getTypeString(),
+            signals.add(fmt::format("{} : {}{}", quoted(signal->getName()), signal->getTypeString(),
                                     signal->isAutoReset() ? ", resets itself" : ""),
                         signal->description());
     }
@@ -98,13 +97,14 @@ std::string textOf(const Manager::Type& type) {
         [&] {
             constexpr unsigned id = 10;
             const std::string name(type.name);
-            return membersOf(*smartcomp::Build(name, id, name, smartcomp::StationLogic::inst()->id()));
+            return membersOf(*smartcomp::Build(name, id, name,
+                                               smartcomp::StationLogic::inst()->id()));
         },
         60);
     return fmt::format("{}{}\n  {}\n{}", type.name, libraryOf(type), descriptionOf(type),
-                       made.end.empty() ? made.output
-                                        : fmt::format("  a component cannot be made: {}\n",
-                                                      made.end));
+                       made.end.empty()
+                           ? made.output
+                           : fmt::format("  a component cannot be made: {}\n", made.end));
 }
 
 ExitCode types(const Options& options, std::ostream& out) {

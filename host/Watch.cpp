@@ -40,8 +40,8 @@ bool matches(std::string_view pattern, std::string_view text) {
 
 bool Watch::suits(std::string_view path) const {
     return isAll() || std::ranges::any_of(patterns_, [&](const std::string& pattern) {
-        return matches(pattern, path);
-    });
+               return matches(pattern, path);
+           });
 }
 
 void Watch::refuseIdle() const {
@@ -50,8 +50,8 @@ void Watch::refuseIdle() const {
         for (const unsigned object : Tree().all())
             for (const Member& member : membersOf(object)) paths.push_back(pathOf(member));
     for (const std::string& pattern : patterns_)
-        if (std::ranges::none_of(
-                paths, [&](const std::string& path) { return matches(pattern, path); }))
+        if (std::ranges::none_of(paths,
+                                 [&](const std::string& path) { return matches(pattern, path); }))
             throw Failure(ExitCode::Usage,
                           fmt::format("--watch: \"{}\" suits no signal or property of the station; "
                                       "see their names with station show",

@@ -30,12 +30,16 @@ Waveforms::Waveforms(Watch watch) : watch_(std::move(watch)) {
     for (const unsigned object : Tree().all())
         for (const Member& member : membersOf(object)) {
             std::string name = pathOf(member);
-            if (watch_.isAll() ? member.kind != Member::Kind::Signal : !watch_.suits(name)) continue;
+            if (watch_.isAll() ? member.kind != Member::Kind::Signal : !watch_.suits(name))
+                continue;
             const auto value = signalValueOf(member);
             const Form form = !value ? Form::Text : isDigital(member) ? Form::Wire : Form::Number;
             places_.emplace(member, rows_.size());
-            rows_.push_back({member, std::move(name), form,
-                             {{0, value ? numberOf(*value) : 0, value ? "" : shown(member)}}, {}});
+            rows_.push_back({member,
+                             std::move(name),
+                             form,
+                             {{0, value ? numberOf(*value) : 0, value ? "" : shown(member)}},
+                             {}});
         }
 }
 
@@ -155,9 +159,10 @@ private:
             const double to = x(i + 1 < row.points.size() ? row.points[i + 1].time : end_);
             const std::string shown = escapedMarkup(row.points[i].shown);
             if (to - from < 1) continue;
-            print("<rect class=\"text\" x=\"{:.1f}\" y=\"{}\" width=\"{:.1f}\" height=\"{}\"><title>"
-                  "{}</title></rect>",
-                  from, top_, to - from, height, shown);
+            print(
+                "<rect class=\"text\" x=\"{:.1f}\" y=\"{}\" width=\"{:.1f}\" height=\"{}\"><title>"
+                "{}</title></rect>",
+                from, top_, to - from, height, shown);
             if (to - from > 7.0 * static_cast<double>(row.points[i].shown.size()))
                 print("<text class=\"value\" x=\"{:.1f}\" y=\"{}\">{}</text>", from + 4,
                       top_ + height - 5, shown);
@@ -187,8 +192,9 @@ std::string Waveforms::drawn(Time end) const {
 std::string Waveforms::leftOut() const {
     std::string text;
     if (const std::size_t rows = shownRows().size(); rows > mostRows)
-        text += fmt::format("Only {} of {} members are drawn; name those you look for with --watch. ",
-                            mostRows, rows);
+        text +=
+            fmt::format("Only {} of {} members are drawn; name those you look for with --watch. ",
+                        mostRows, rows);
     if (lost_ > 0)
         text += fmt::format("The last {} changes are not drawn; watch less with --watch.", lost_);
     return text;

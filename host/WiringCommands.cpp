@@ -106,23 +106,24 @@ ExitCode connect(const Options& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         const Ends ends = endsOf(options, names);
         if (!edgesBetween(ends).empty())
-            throw Failure(ExitCode::Usage, fmt::format("{} and {} are connected already; nothing is "
-                                                       "to be done",
-                                                       options.source, options.destination));
+            throw Failure(ExitCode::Usage,
+                          fmt::format("{} and {} are connected already; nothing is "
+                                      "to be done",
+                                      options.source, options.destination));
         Aggregation* const owner = ownerOf(ends);
         if (!owner)
-            throw Failure(ExitCode::Usage,
-                          fmt::format("{} and {} are not in one aggregation; connect them by way of "
-                                      "signals of the aggregations between",
-                                      options.source, options.destination));
+            throw Failure(
+                ExitCode::Usage,
+                fmt::format("{} and {} are not in one aggregation; connect them by way of "
+                            "signals of the aggregations between",
+                            options.source, options.destination));
         const bool isBinding = ends.source.kind == Member::Kind::Property;
         const std::size_t end = lengthOf(*owner);
         const std::size_t place =
             options.place.empty() || isBinding ? end : placeIn(options.place, end + 1);
         const Connection* const made = Connection::Build(
             owner, owner->getNextSgConnId(), ends.source.object, ends.source.id,
-            ends.destination.object, ends.destination.id,
-            isBinding ? -1 : static_cast<int>(place));
+            ends.destination.object, ends.destination.id, isBinding ? -1 : static_cast<int>(place));
         fmt::print(out, "{} of {}: {}\n", what(*made), pathOf(owner->id()), host::endsOf(*made));
     });
 }

@@ -336,9 +336,7 @@ void Aggregation::swapWithNeighbour(unsigned id, int step) {
 
 // Free ids.
 
-unsigned Aggregation::getNextPropertyId() const {
-    return behind(largestId(getProperties(), 10));
-}
+unsigned Aggregation::getNextPropertyId() const { return behind(largestId(getProperties(), 10)); }
 
 unsigned Aggregation::getNextSignalId() const { return behind(largestId(getSignals(), 0)); }
 

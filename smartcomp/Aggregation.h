@@ -178,7 +178,7 @@ private:
     unsigned roleObject_ = 0;
     std::unordered_map<unsigned, std::pair<int, int>> childPositions_;
     ConnectionTable connections_;
-    std::vector<unsigned> order_;  // signal connections, in delivery order
+    std::vector<unsigned> order_;                          // signal connections, in delivery order
     mutable std::optional<unsigned> largestConnectionId_;  // empty until it is asked for
     Wired wired_;
 };

@@ -21,8 +21,8 @@ int indexOf(sdf::Element& element) {
 }  // namespace
 
 Connection* Connection::Build(Aggregation* aggregation, unsigned id, unsigned srcComponentId,
-                              unsigned srcSignalId, unsigned dstComponentId,
-                              unsigned dstSignalId, int index) {
+                              unsigned srcSignalId, unsigned dstComponentId, unsigned dstSignalId,
+                              int index) {
     const auto element = aggregation->element()->append("connection");
     element->setId(id);
     write(element, "source", pack(srcComponentId, srcSignalId));

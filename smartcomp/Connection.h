@@ -20,8 +20,8 @@ public:
     /// Appends a "connection" element to the aggregation's and makes the
     /// connection; a negative index makes a binding, between properties.
     static Connection* Build(Aggregation* aggregation, unsigned id, unsigned srcComponentId,
-                             unsigned srcSignalId, unsigned dstComponentId,
-                             unsigned dstSignalId, int index);
+                             unsigned srcSignalId, unsigned dstComponentId, unsigned dstSignalId,
+                             int index);
 
     /// Reads a "connection" element and hands the result to `aggregation`. A
     /// signal connection takes the place it names, and those behind it move back
@@ -94,8 +94,8 @@ private:
 
     End source_;
     End destination_;
-    int index_;          // place in the order; -1 in a binding
-    bool gone_ = false;  // deleted while its aggregation is held
+    int index_;                     // place in the order; -1 in a binding
+    bool gone_ = false;             // deleted while its aggregation is held
     Aggregation* owner_ = nullptr;  // who hears of edits; a copy has none
 };
 

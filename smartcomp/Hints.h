@@ -55,7 +55,7 @@ private:
     }
 
     const void* component_ = nullptr;
-    const void* member_ = nullptr;  // the signal or property that it asked for last
+    const void* member_ = nullptr;   // the signal or property that it asked for last
     const void* element_ = nullptr;  // of the member
     const void* key_ = nullptr;      // "value" of the element
 };

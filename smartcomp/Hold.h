@@ -10,8 +10,7 @@ namespace trel::smartcomp {
 /// For the sources of the library only.
 class NestedHold {
 public:
-    [[gnu::always_inline]] explicit NestedHold(SmartComponent& component)
-        : component_(component) {
+    [[gnu::always_inline]] explicit NestedHold(SmartComponent& component) : component_(component) {
         checkStack();
         ++component.held_.holds;
     }

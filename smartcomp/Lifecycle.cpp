@@ -92,9 +92,7 @@ void RemoveSmartComponent(unsigned id) {
 
 void RemoveSubSmartComponent(unsigned id) { objectAs<SmartComponent>(id).retire(); }
 
-const std::list<SmartComponent*>& GetAllSmartComponents() {
-    return Manager::inst()->components();
-}
+const std::list<SmartComponent*>& GetAllSmartComponents() { return Manager::inst()->components(); }
 
 void BuildVisual(SmartComponent* component, visual::Visual* visual) {
     Manager::inst()->getVisualFunc(component->element()->asString("type"))(visual, component);

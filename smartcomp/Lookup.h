@@ -121,7 +121,8 @@ public:
         const void* table;
         std::memcpy(&table, static_cast<const void*>(object), sizeof table);
         Known& known = all_[reinterpret_cast<std::uintptr_t>(table) / 16 % all_.size()];
-        if (known.table != table) [[unlikely]] return anew(object, table, known);
+        if (known.table != table) [[unlikely]]
+            return anew(object, table, known);
         return reinterpret_cast<T*>(reinterpret_cast<char*>(object) + known.offset);
     }
 
@@ -133,8 +134,7 @@ private:
 
     [[gnu::noinline]] static T* anew(sdf::SdfObject* object, const void* table, Known& known) {
         T* const cast = dynamic_cast<T*>(object);
-        if (cast)
-            known = {table, reinterpret_cast<char*>(cast) - reinterpret_cast<char*>(object)};
+        if (cast) known = {table, reinterpret_cast<char*>(cast) - reinterpret_cast<char*>(object)};
         return cast;
     }
 

@@ -64,8 +64,7 @@ void Manager::registerVisualType(std::string_view name, VisualFunction visual) {
 
 std::vector<Manager::Type> Manager::types() const {
     std::vector<Type> all;
-    for (const auto& [name, description] : state_->descFunction)
-        all.push_back({name, description});
+    for (const auto& [name, description] : state_->descFunction) all.push_back({name, description});
     std::ranges::sort(all, {}, &Type::name);
     return all;
 }

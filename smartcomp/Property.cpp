@@ -16,9 +16,10 @@ namespace trel::smartcomp {
 namespace {
 
 // The place of a name is the number of its PropertyType.
-constexpr std::array<std::string_view, 10> typeNames = {
-    "ObjectId", "Int32",  "Double",         "String", "Bool",
-    "Vector3",  "Orient", "ReferenceFrame", "Index",  "Error"};
+constexpr std::array<std::string_view, 10> typeNames = {"ObjectId", "Int32",          "Double",
+                                                        "String",   "Bool",           "Vector3",
+                                                        "Orient",   "ReferenceFrame", "Index",
+                                                        "Error"};
 
 // Three numbers with the same decimals, and the unit.
 std::string displayThree(double a, double b, double c, bool whole, const char* unit) {
@@ -119,18 +120,12 @@ Property* Property::setVisible(bool visible) {
 
 std::string Property::getDisplayValue() {
     switch (typeIndex_) {
-        case PropertyType::ObjectId:
-            return displayObject(value_);
-        case PropertyType::Double:
-            return getDoubleDisplayValue(value_);
-        case PropertyType::Bool:
-            return getBoolDisplayValue(value_);
-        case PropertyType::Vector3:
-            return getVector3DisplayValue(value_);
-        case PropertyType::Orient:
-            return getOrientDisplayValue(value_);
-        default:
-            return value_;
+        case PropertyType::ObjectId: return displayObject(value_);
+        case PropertyType::Double: return getDoubleDisplayValue(value_);
+        case PropertyType::Bool: return getBoolDisplayValue(value_);
+        case PropertyType::Vector3: return getVector3DisplayValue(value_);
+        case PropertyType::Orient: return getOrientDisplayValue(value_);
+        default: return value_;
     }
 }
 

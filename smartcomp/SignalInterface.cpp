@@ -6,18 +6,12 @@ SignalInterface::~SignalInterface() = default;
 
 std::string SignalInterface::getTypeString() {
     switch (getType()) {
-        case SignalType::AnalogInput:
-            return "AnalogInput";
-        case SignalType::AnalogOutput:
-            return "AnalogOutput";
-        case SignalType::DigitalInput:
-            return "DigitalInput";
-        case SignalType::DigitalOutput:
-            return "DigitalOutput";
-        case SignalType::GroupInput:
-            return "GroupInput";
-        case SignalType::GroupOutput:
-            return "GroupOutput";
+        case SignalType::AnalogInput: return "AnalogInput";
+        case SignalType::AnalogOutput: return "AnalogOutput";
+        case SignalType::DigitalInput: return "DigitalInput";
+        case SignalType::DigitalOutput: return "DigitalOutput";
+        case SignalType::GroupInput: return "GroupInput";
+        case SignalType::GroupOutput: return "GroupOutput";
     }
     return "";
 }

@@ -208,15 +208,11 @@ bool SmartComponent::isStationLogic() const {
     return objectType() == sdf::ObjectType::StationLogic;
 }
 
-bool SmartComponent::isTopLevel() const {
-    return getObjParentId() == StationLogic::inst()->id();
-}
+bool SmartComponent::isTopLevel() const { return getObjParentId() == StationLogic::inst()->id(); }
 
 bool SmartComponent::objectIsInvalid(unsigned id) { return !findObject(id); }
 
-std::string SmartComponent::GetTypeName(unsigned id) {
-    return elementAt(id)->asString("type");
-}
+std::string SmartComponent::GetTypeName(unsigned id) { return elementAt(id)->asString("type"); }
 
 void SmartComponent::notifyPropertyValueChanged(unsigned propertyId) {
     SignalBroker::scPropertyValueChanged(propertyId, id());
@@ -250,8 +246,7 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
 
 // Stores, marks and tells the text; false when it is not to be passed on. Apart from
 // the deliveries, which nest and have no stack to spare.
-[[gnu::noinline]] bool SmartComponent::beginProperty(unsigned propertyId,
-                                                     const std::string& text) {
+[[gnu::noinline]] bool SmartComponent::beginProperty(unsigned propertyId, const std::string& text) {
     if (isRemoved()) return false;
     const Removals::Since since;
     getProperty(propertyId)->setValue(text);
@@ -268,9 +263,7 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
     return false;
 }
 
-void SmartComponent::endSetPropertyValue(unsigned id) {
-    settingPropertyValues_.end(id);
-}
+void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.end(id); }
 
 // Offers the text to every property that a binding of `owner` leads to.
 [[gnu::noinline]] void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
@@ -295,8 +288,7 @@ void SmartComponent::endSetPropertyValue(unsigned id) {
 
 // Where the walk leads now.
 [[gnu::always_inline]] inline void SmartComponent::offerTo(TableReading& reading, Walk& walk,
-                                                           unsigned id,
-                                                           const std::string& value) {
+                                                           unsigned id, const std::string& value) {
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
     const NestedHold hold(destination);
     Ahead& ahead = walk.hint().ahead;
@@ -311,8 +303,8 @@ void SmartComponent::endSetPropertyValue(unsigned id) {
 
 // Whether the object that the text names does not suit the destination, which
 // is then reported.
-[[gnu::noinline]] bool SmartComponent::refusesObject(SmartComponent& destination, unsigned destinationId,
-                                   const std::string& value) const {
+[[gnu::noinline]] bool SmartComponent::refusesObject(
+    SmartComponent& destination, unsigned destinationId, const std::string& value) const {
     const unsigned named = text::toUnsigned(value);
     // What names nothing is checked as the station.
     auto& object = objectAs<sdf::SdfObject>(named == 0 ? 1 : named);
@@ -360,9 +352,11 @@ void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
 }
 
 void SmartComponent::setStatic(unsigned id, InputHint& hint, const SignalValue& value) {
-    if (hint.state != signalsNumber_) [[unlikely]] return setStaticAnew(id, hint, value);
+    if (hint.state != signalsNumber_) [[unlikely]]
+        return setStaticAnew(id, hint, value);
     const NestedHold hold(*this);
-    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]] hint.ahead = aheadOfSignal();
+    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
+        hint.ahead = aheadOfSignal();
     if (hint.isInput)
         setStaticInputSignal(id, value);
     else
@@ -380,19 +374,18 @@ void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) 
 
 // Whether the signal, the component or its parent was removed.
 bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) const {
-    return since.any() &&
-           (since.signal(id(), signalId) || since.component(getObjParentId()));
+    return since.any() && (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
-[[gnu::noinline]] void SmartComponent::deliverStatic(sdf::SdfObject* destination,
-                                                     unsigned signalId, InputHint& hint,
-                                                     const SignalValue& value) {
+[[gnu::noinline]] void SmartComponent::deliverStatic(sdf::SdfObject* destination, unsigned signalId,
+                                                     InputHint& hint, const SignalValue& value) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->setStatic(signalId, hint, value);
     deliverToController(destination, signalId, value, false);
 }
 
-inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source, const SignalValue& value) {
+inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
+                                                        const SignalValue& value) {
     if (getObjParentId() == 0) return;
     TableReading reading;
     deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
@@ -410,7 +403,8 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
 }
 
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(unsigned id, const SignalValue& value) {
+[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(unsigned id,
+                                                              const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     if (signal.getValue() == value) return nullptr;
@@ -439,16 +433,19 @@ void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
 }
 
 void SmartComponent::handle(unsigned id, InputHint& hint, int value, long long time) {
-    if (hint.state != signalsNumber_) [[unlikely]] return handleAnew(id, hint, value, time);
+    if (hint.state != signalsNumber_) [[unlikely]]
+        return handleAnew(id, hint, value, time);
     const NestedHold hold(*this);
-    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]] hint.ahead = aheadOfSignal();
+    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
+        hint.ahead = aheadOfSignal();
     if (hint.isInput)
         handleInputSignal(id, value, time);
     else
         handleOutputSignal(id, value, time);
 }
 
-inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value, long long time) {
+inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value,
+                                                         long long time) {
     if (isStationLogic()) return;
     TableReading reading;
     deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
@@ -458,9 +455,8 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
                  });
 }
 
-[[gnu::noinline]] void SmartComponent::deliverDynamic(sdf::SdfObject* destination,
-                                                      unsigned signalId, InputHint& hint,
-                                                      int value, long long time) {
+[[gnu::noinline]] void SmartComponent::deliverDynamic(
+    sdf::SdfObject* destination, unsigned signalId, InputHint& hint, int value, long long time) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->handle(signalId, hint, value, time);
     deliverToController(destination, signalId, value, true);

@@ -186,8 +186,7 @@ protected:
     /// and marks the signal as being set.
     virtual void setStaticInputSignal(unsigned signalId, SignalValue value);
     void setStaticOutputSignal(unsigned id, SignalValue value);
-    static void setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
-                                  SignalValue value);
+    static void setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, SignalValue value);
     void handleOutputSignal(unsigned id, int value, long long time);
 
     /// Whether the signal is being set on this call chain. Another value than the
@@ -234,7 +233,7 @@ private:
 
         unsigned holds = 0;
         bool removed = false;
-        bool keepsElement = false;  // in the document, when the component ends
+        bool keepsElement = false;         // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
         // Those that were asked for last.
         mutable SCSignal* lastSignal = nullptr;
@@ -288,7 +287,7 @@ private:
     // What a delivery needs stands together.
     Held held_;
     std::uint64_t signalsNumber_ = nextNumber();  // of the signals as they are, see Hints.h
-    Marks<SignalValue> settingSignalValues_;  // under way on the current call chain
+    Marks<SignalValue> settingSignalValues_;      // under way on the current call chain
     Marks<std::string> settingPropertyValues_;
     SignalTable signals_;
     PropertyTable properties_;

@@ -29,8 +29,6 @@ constinit thread_local std::uintptr_t lowestAddress = 0;
     lowestAddress = reinterpret_cast<std::uintptr_t>(start) + std::min(reserve, size / 4);
 }
 
-[[gnu::noinline, gnu::cold]] void throwStackUsedUp() {
-    throw std::runtime_error(stackUsedUp);
-}
+[[gnu::noinline, gnu::cold]] void throwStackUsedUp() { throw std::runtime_error(stackUsedUp); }
 
 }  // namespace trel::smartcomp

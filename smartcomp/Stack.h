@@ -7,8 +7,7 @@ namespace trel::smartcomp {
 /// The address below which the stack of this thread is nearly used up; 0 until it
 /// was asked for. Stacks grow downwards on every platform that the library runs on.
 /// In the static thread storage, where reading it is one instruction.
-extern constinit thread_local std::uintptr_t lowestAddress
-    [[gnu::tls_model("initial-exec")]];
+extern constinit thread_local std::uintptr_t lowestAddress [[gnu::tls_model("initial-exec")]];
 
 /// What is said where the stack is used up.
 inline constexpr const char* stackUsedUp =
@@ -19,7 +18,8 @@ void askForLowestAddress();
 
 /// Where a delivery begins.
 inline void knowStack() {
-    if (lowestAddress == 0) [[unlikely]] askForLowestAddress();
+    if (lowestAddress == 0) [[unlikely]]
+        askForLowestAddress();
 }
 
 [[noreturn]] void throwStackUsedUp();
@@ -37,7 +37,8 @@ inline std::uintptr_t stackPointer() {
 /// Ends a recursion before the stack of this thread does, on a thread that knows it.
 /// \throws std::runtime_error when less is left than an orderly end needs.
 inline void checkStack() {
-    if (stackPointer() < lowestAddress) [[unlikely]] throwStackUsedUp();
+    if (stackPointer() < lowestAddress) [[unlikely]]
+        throwStackUsedUp();
 }
 
 }  // namespace trel::smartcomp

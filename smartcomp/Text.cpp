@@ -102,8 +102,7 @@ unsigned toUnsigned(const std::string& text) {
     const auto [negative, digits] = magnitudeOf(text);
     unsigned number = 0;
     const auto error = std::from_chars(digits.data(), digits.data() + digits.size(), number).ec;
-    if (error == std::errc::invalid_argument)
-        throw std::invalid_argument("invalid stoul argument");
+    if (error == std::errc::invalid_argument) throw std::invalid_argument("invalid stoul argument");
     if (error != std::errc{}) throw std::out_of_range("stoul argument out of range");
     return negative ? 0u - number : number;
 }
@@ -123,8 +122,7 @@ double toDouble(const std::string& text) {
             number = hex;
         }
     }
-    if (error == std::errc::invalid_argument)
-        throw std::invalid_argument("invalid stod argument");
+    if (error == std::errc::invalid_argument) throw std::invalid_argument("invalid stod argument");
     if (error != std::errc{}) throw std::out_of_range("stod argument out of range");
     return negative ? -number : number;
 }

@@ -59,12 +59,10 @@ bool Walk::announce(TableReading& reading, const SignalValue& value,
 }
 
 void Walk::done(const SignalValue& value, const std::string* text) const {
-    if (auto* const observer = DeliveryObserver::present())
-        observer->after(delivery(value, text));
+    if (auto* const observer = DeliveryObserver::present()) observer->after(delivery(value, text));
 }
 
-DeliveryObserver::Delivery Walk::delivery(const SignalValue& value,
-                                          const std::string* text) const {
+DeliveryObserver::Delivery Walk::delivery(const SignalValue& value, const std::string* text) const {
     return {component_, member_, component(), member(), value, text};
 }
 

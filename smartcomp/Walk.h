@@ -46,7 +46,8 @@ public:
     /// not removed since the walk began; false when there is none, or when its source
     /// or the aggregation was removed.
     bool next() {
-        if (in_ != In::Routes || since_.any()) [[unlikely]] return nextClosely();
+        if (in_ != In::Routes || since_.any()) [[unlikely]]
+            return nextClosely();
         if (place_ == end_) return false;
         const Wiring::Route& route = routes_[place_++];
         route.hint.ahead.fetch();
@@ -95,8 +96,8 @@ private:
         Frozen,  // what was yet to serve at the first edit, owned
     };
 
-    [[gnu::always_inline]] Walk(Aggregation& owner, Over over, unsigned component,
-                                unsigned member, RouteHint& hint)
+    [[gnu::always_inline]] Walk(Aggregation& owner, Over over, unsigned component, unsigned member,
+                                RouteHint& hint)
         : hold_(owner),
           outer_(owner.wired_.innermost),
           component_(component),

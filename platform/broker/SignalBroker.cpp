@@ -32,8 +32,7 @@ void SignalBroker::scSignalValueChanged(unsigned signalId, unsigned componentId)
 }
 
 void SignalBroker::signalConnectionDeleted(unsigned connectionId, unsigned stationLogicId) {
-    listeners().tell(
-        [&](Listener& l) { l.signalConnectionDeleted(connectionId, stationLogicId); });
+    listeners().tell([&](Listener& l) { l.signalConnectionDeleted(connectionId, stationLogicId); });
 }
 
 void SignalBroker::setVisualPose(unsigned objectId, const rob::PoseTemplate<double>& pose) {

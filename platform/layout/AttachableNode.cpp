@@ -11,9 +11,7 @@ AttachableNode::AttachableNode(const AttachableNode&) = default;
 AttachableNode& AttachableNode::operator=(const AttachableNode&) = default;
 AttachableNode::~AttachableNode() = default;
 
-void AttachableNode::setPose(const rob::PoseTemplate<double>& pose) {
-    SdfContainer::setPose(pose);
-}
+void AttachableNode::setPose(const rob::PoseTemplate<double>& pose) { SdfContainer::setPose(pose); }
 
 bool AttachableNode::canAttachTo(sdf::SdfNode* node) const {
     return node != nullptr && node != this;

@@ -46,10 +46,7 @@ std::string textOf(const std::filesystem::path& file) {
 
 DocumentError::DocumentError(const std::string& file, Element::Place place,
                              const std::string& fault)
-    : std::runtime_error(located(file, place, fault)),
-      file_(file),
-      place_(place),
-      fault_(fault) {}
+    : std::runtime_error(located(file, place, fault)), file_(file), place_(place), fault_(fault) {}
 
 Document Document::read(const std::filesystem::path& file) {
     return fromText(textOf(file), file.string());
@@ -78,11 +75,11 @@ Document Document::parsed(std::string_view text, const std::string& name,
         const bool hasText = checkMarkup(text, maxDepth);
         OnValueFault tell;
         if (faults)
-            tell = [faults, places = PlaceFinder(text)](
-                       const ValueTextFault& fault,
-                       const std::shared_ptr<Element>& element) mutable {
-                faults->push_back(
-                    {fault.kind(), places.placeOf(fault.offset()), fault.what(), element});
+            tell = [faults,
+                    places = PlaceFinder(text)](const ValueTextFault& fault,
+                                                const std::shared_ptr<Element>& element) mutable {
+                faults->push_back({fault.kind(), places.placeOf(fault.offset()), fault.what(),
+                                   element});
             };
         DocumentParts parts = readParts(text, hasText, tell);
         Document document(std::move(parts.root));

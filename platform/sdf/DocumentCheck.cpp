@@ -174,8 +174,9 @@ void Check::startTag() {
     const std::size_t start = pos_++;
     const std::string_view tag = name("a tag behind \"<\"");
     if (open_.empty() && hasRoot_)
-        fail(start, "<" + std::string(tag) + "> is a second root element; the file is expected to "
-                                             "have one");
+        fail(start, "<" + std::string(tag) +
+                        "> is a second root element; the file is expected to "
+                        "have one");
     if (open_.size() >= maxDepth_)
         fail(start, "<" + std::string(tag) + "> stands too deep; at most " +
                         std::to_string(maxDepth_) + " elements inside each other are expected");
@@ -192,8 +193,7 @@ void Check::startTag() {
         attribute();
     }
     distinctAttributes();
-    if (isAt(">"))
-        open_.push_back({tag, start});
+    if (isAt(">")) open_.push_back({tag, start});
     pos_ += isAt(">") ? 1 : 2;
 }
 
@@ -205,15 +205,15 @@ void Check::attribute() {
 void Check::distinctAttributes() {
     if (attributes_.size() < 2) return;
     // By name, those of one name in the order in which they stand.
-    std::sort(attributes_.begin(), attributes_.end(), [](auto a, auto b) {
-        return a != b ? a < b : a.data() < b.data();
-    });
+    std::sort(attributes_.begin(), attributes_.end(),
+              [](auto a, auto b) { return a != b ? a < b : a.data() < b.data(); });
     const auto first = std::adjacent_find(attributes_.begin(), attributes_.end());
     if (first == attributes_.end()) return;
     const std::string_view again = *std::next(first);
     fail(static_cast<std::size_t>(again.data() - text_.data()),
-         "the attribute " + quoted(again) + " stands twice; attributes of different names are "
-                                            "expected");
+         "the attribute " + quoted(again) +
+             " stands twice; attributes of different names are "
+             "expected");
 }
 
 void Check::endTag() {
@@ -346,8 +346,7 @@ std::string_view Check::quotedValue() {
     const std::size_t start = ++pos_;
     while (true) {
         while (!ended() && text_[pos_] != quote && text_[pos_] != '&' && text_[pos_] != '<') ++pos_;
-        if (ended())
-            fail(start - 1, "the value does not end; a second quotation mark is expected");
+        if (ended()) fail(start - 1, "the value does not end; a second quotation mark is expected");
         if (text_[pos_] == quote) break;
         if (text_[pos_] == '<')
             fail(pos_, "\"<\" stands in a value; a quotation mark, or \"&lt;\", is expected");

@@ -65,8 +65,7 @@ unsigned idOf(std::string_view text, std::size_t offset) {
 // The offsets of the attributes of one tag, in order.
 class AttributeFinder {
 public:
-    AttributeFinder(std::string_view text, std::size_t behindTag)
-        : text_(text), pos_(behindTag) {}
+    AttributeFinder(std::string_view text, std::size_t behindTag) : text_(text), pos_(behindTag) {}
 
     void next() {
         name_ = xml::behindBlanks(text_, pos_);
@@ -94,8 +93,7 @@ public:
 
 private:
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
-    void attributes(const xml_node& node, const std::shared_ptr<Element>& e,
-                    std::size_t behindTag);
+    void attributes(const xml_node& node, const std::shared_ptr<Element>& e, std::size_t behindTag);
     void attribute(const xml_attribute& attribute, Element& e, const AttributeFinder& offsets);
     void ownValue(Element& e, std::string_view type, const char* text,
                   const AttributeFinder& offsets);
@@ -151,8 +149,7 @@ void Reader::attributes(const xml_node& node, const std::shared_ptr<Element>& e,
     }
 }
 
-void Reader::attribute(const xml_attribute& attribute, Element& e,
-                       const AttributeFinder& offsets) {
+void Reader::attribute(const xml_attribute& attribute, Element& e, const AttributeFinder& offsets) {
     const std::string_view name = attribute.name();
     if (name == "id") {
         e.setId(idOf(attribute.value(), offsets.value()));
@@ -229,8 +226,7 @@ void Reader::children(const xml_node& node, const std::shared_ptr<Element>& e, b
 }
 
 // A child that does not stand beside its parent's value as a second one.
-std::shared_ptr<Element> Reader::key(const xml_node& node, const Element& parent,
-                                     bool insideText) {
+std::shared_ptr<Element> Reader::key(const xml_node& node, const Element& parent, bool insideText) {
     auto inner = element(node, insideText);
     if (inner->tag() == "value" && parent.ownValue() && inner->value().has_value())
         throw ValueTextFault(Fault::SecondValue, offsetOf(node),
@@ -264,16 +260,11 @@ bool Reader::hasText(const xml_node& node) const {
 std::size_t Reader::offsetOf(const xml_node& node) {
     const auto offset = static_cast<std::size_t>(node.offset_debug());
     switch (node.type()) {
-        case pugi::node_element:
-            return offset - std::string_view("<").size();
-        case pugi::node_comment:
-            return offset - std::string_view("<!--").size();
-        case pugi::node_cdata:
-            return offset - std::string_view("<![CDATA[").size();
-        case pugi::node_pi:
-            return offset - std::string_view("<?").size();
-        default:
-            return offset;
+        case pugi::node_element: return offset - std::string_view("<").size();
+        case pugi::node_comment: return offset - std::string_view("<!--").size();
+        case pugi::node_cdata: return offset - std::string_view("<![CDATA[").size();
+        case pugi::node_pi: return offset - std::string_view("<?").size();
+        default: return offset;
     }
 }
 

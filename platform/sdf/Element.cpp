@@ -90,7 +90,6 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
 
 Element::Element(Key, Kind kind, std::string_view tag) : head_(tag), kind_(kind), tag_(tag) {}
 
-
 Element::~Element() {
     // Neither a long row nor a deep tree may recurse: the children of a dying
     // child join the row that is taken apart here.
@@ -385,8 +384,7 @@ void Element::setValueFromString(std::string_view text) {
 
 std::string Element::getStringFromValue() const { return valuetext::render(value()); }
 
-void Element::addAttribute(std::string_view name, std::string_view type,
-                           std::string_view value) {
+void Element::addAttribute(std::string_view name, std::string_view type, std::string_view value) {
     std::any parsed = valuetext::parse(type, value);
     auto key = get(name);
     if (!key) {

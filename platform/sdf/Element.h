@@ -111,8 +111,7 @@ public:
     /// then stands where it stood.
     std::shared_ptr<Element> append(std::shared_ptr<Element> child);
 
-    std::shared_ptr<Element> appendObject(std::string_view tag, unsigned id,
-                                          std::string_view name);
+    std::shared_ptr<Element> appendObject(std::string_view tag, unsigned id, std::string_view name);
 
     /// Does nothing to an element without parent.
     void removeFromParent() noexcept;
@@ -216,7 +215,7 @@ private:
     // What finding and writing a key needs stands together.
     TagHead head_;
     std::shared_ptr<Element> next_;
-    std::shared_ptr<Element> first_;  // children, each owning the next
+    std::shared_ptr<Element> first_;        // children, each owning the next
     mutable Element* lastFound_ = nullptr;  // the first child of its tag
     Element* prev_ = nullptr;
     Element* parent_ = nullptr;

@@ -171,7 +171,7 @@ private:
     // Locks it, unless another process took it for a stray one before that.
     bool isKept() const {
         if (::flock(file_.number(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
-        struct stat status {};
+        struct stat status{};
         return ::fstat(file_.number(), &status) != 0 || status.st_nlink > 0;
     }
 
@@ -208,8 +208,8 @@ void removeStrays(int folder) {
         if (!name.starts_with(temporaryPrefix)) continue;
         const std::string_view number = name.substr(temporaryPrefix.size());
         if (number.find_first_not_of("0123456789-") != std::string_view::npos) continue;
-        const Descriptor stray(
-            ::openat(folder, entry->d_name, O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const Descriptor stray(::openat(folder, entry->d_name,
+                                        O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
         if (stray.isOpen() && ::flock(stray.number(), LOCK_EX | LOCK_NB) == 0)
             ::unlinkat(folder, entry->d_name, 0);
     }
@@ -222,15 +222,15 @@ std::string readFile(const fs::path& file) {
     const Descriptor opened(
         uninterrupted([&] { return ::open(file.c_str(), O_RDONLY | O_CLOEXEC); }));
     if (!opened.isOpen()) fail("the file cannot be opened", errno);
-    struct stat status {};
+    struct stat status{};
     if (uninterrupted([&] { return ::fstat(opened.number(), &status); }) != 0)
         fail("the file cannot be read", errno);
     std::string text;
     text.reserve(static_cast<std::size_t>(status.st_size));
     std::array<char, 1 << 16> buffer;
     while (true) {
-        const auto count = uninterrupted(
-            [&] { return ::read(opened.number(), buffer.data(), buffer.size()); });
+        const auto count =
+            uninterrupted([&] { return ::read(opened.number(), buffer.data(), buffer.size()); });
         if (count < 0) fail("the file cannot be read", errno);
         if (count == 0) return text;
         text.append(buffer.data(), static_cast<std::size_t>(count));
@@ -241,15 +241,15 @@ void replaceFile(const fs::path& file, std::string_view text) {
     const fs::path path = target(file);
     const std::string name = path.filename();
     const fs::path parent = path.has_parent_path() ? path.parent_path() : fs::path(".");
-    const Descriptor folder(uninterrupted(
-        [&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
+    const Descriptor folder(
+        uninterrupted([&] { return ::open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
     if (!folder.isOpen()) fail("the folder cannot be opened", errno);
 
-    struct stat old {};
-    const bool isNew = uninterrupted([&] {
-                           return ::fstatat(folder.number(), name.c_str(), &old,
-                                            AT_SYMLINK_NOFOLLOW);
-                       }) != 0;
+    struct stat old{};
+    const bool isNew =
+        uninterrupted([&] {
+            return ::fstatat(folder.number(), name.c_str(), &old, AT_SYMLINK_NOFOLLOW);
+        }) != 0;
     if (isNew && errno != ENOENT) fail("the file cannot be replaced", errno);
     if (name.empty() || (!isNew && S_ISDIR(old.st_mode)))
         fail("the file cannot be replaced", EISDIR);

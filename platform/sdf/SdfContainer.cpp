@@ -67,8 +67,7 @@ void SdfContainer::moveChild(unsigned id, unsigned place) {
     auto next = children.begin();
     for (unsigned i = 0; next != children.end(); ++next)
         if (next != child && i++ == place) break;
-    element()->moveBefore(*child->element,
-                          next == children.end() ? nullptr : next->element.get());
+    element()->moveBefore(*child->element, next == children.end() ? nullptr : next->element.get());
     children.splice(next, children, child);
 }
 

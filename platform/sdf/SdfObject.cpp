@@ -22,8 +22,7 @@ bool SdfObject::anyOfDescendant(const std::function<bool(const SdfObject*)>& pre
     return itself && predicate(this);
 }
 
-bool SdfObject::AnyOfDescendant(unsigned id,
-                                const std::function<bool(const SdfObject*)>& predicate,
+bool SdfObject::AnyOfDescendant(unsigned id, const std::function<bool(const SdfObject*)>& predicate,
                                 bool itself) {
     const SdfObject* const object = SdfManager::inst()->find(id);
     return object && object->anyOfDescendant(predicate, itself);

@@ -30,8 +30,7 @@ public:
                                  bool itself) const;
 
     /// The same search from the object `id`; false when there is no such object.
-    static bool AnyOfDescendant(unsigned id,
-                                const std::function<bool(const SdfObject*)>& predicate,
+    static bool AnyOfDescendant(unsigned id, const std::function<bool(const SdfObject*)>& predicate,
                                 bool itself);
 
     /// 0 when the element had none at construction.

@@ -26,13 +26,13 @@ protected:
 
     // Whether a process of its own ends well, without a report.
     static bool takeApart(const char* how, const std::string& file, unsigned seed) {
-        const std::string command = std::string(TAKE_APART) + " " + how + " '" + file + "' " +
-                                    std::to_string(seed);
+        const std::string command =
+            std::string(TAKE_APART) + " " + how + " '" + file + "' " + std::to_string(seed);
         return std::system(command.c_str()) == 0;
     }
 
-    const std::string file_ = std::filesystem::temp_directory_path() /
-                              ("apart" + std::to_string(::getpid()) + ".xml");
+    const std::string file_ =
+        std::filesystem::temp_directory_path() / ("apart" + std::to_string(::getpid()) + ".xml");
 };
 
 }  // namespace

@@ -114,10 +114,8 @@ void apply(const Deletion& deletion) {
     SmartComponent* const component = find(deletion.component);
     if (!component) return;
     switch (deletion.kind) {
-        case Kind::Signal:
-            return deleteSignal(*component, deletion.member);
-        case Kind::Property:
-            return deleteProperty(*component, deletion.member);
+        case Kind::Signal: return deleteSignal(*component, deletion.member);
+        case Kind::Property: return deleteProperty(*component, deletion.member);
         case Kind::Connection: {
             auto& group = dynamic_cast<Aggregation&>(*component);
             // A controller takes its connections along.
@@ -127,8 +125,7 @@ void apply(const Deletion& deletion) {
                 deleteConnection(group, deletion.member);
             return;
         }
-        default:
-            return remove(*component);
+        default: return remove(*component);
     }
 }
 

@@ -82,8 +82,8 @@ void Bench::TearDown() {
 
 SmartComponent& Bench::make(const std::string& type, const std::string& name, unsigned parent) {
     ids_.insert(ids_.begin(), nextId_);  // children are removed before their parents
-    SmartComponent& component = *smartcomp::Build(
-        type, nextId_++, name, parent == stationItself ? logic().id() : parent);
+    SmartComponent& component =
+        *smartcomp::Build(type, nextId_++, name, parent == stationItself ? logic().id() : parent);
     freshLog();
     return component;
 }

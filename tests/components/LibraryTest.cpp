@@ -18,10 +18,10 @@ namespace trel::test {
 
 namespace {
 
-const Lines types = {"AndGate",        "OrGate",         "NotGate", "NandGate",   "NorGate",
-                     "XorGate",        "Buffer",         "Latch",   "Timer",      "Counter",
+const Lines types = {"AndGate",        "OrGate",         "NotGate",  "NandGate",   "NorGate",
+                     "XorGate",        "Buffer",         "Latch",    "Timer",      "Counter",
                      "Comparator",     "GroupToDigital", "Conveyor", "LinearAxis", "LineSensor",
-                     "DigitalToGroup", "Gripper",        "Part",    "Group"};
+                     "DigitalToGroup", "Gripper",        "Part",     "Group"};
 
 std::string descriptionOf(const std::string& type) {
     smartcomp::Manager& manager = *smartcomp::Manager::inst();

@@ -72,8 +72,8 @@ TEST_F(Sharing, AnUnknownPropertyThrows) {
 }
 
 TEST_F(Sharing, OutputsOfEveryTypeHoldWholeNumbersOnceInitialised) {
-    for (const char* const type : {"Counter", "DigitalToGroup", "Conveyor", "LineSensor", "Gripper",
-                                   "Group"}) {
+    for (const char* const type :
+         {"Counter", "DigitalToGroup", "Conveyor", "LineSensor", "Gripper", "Group"}) {
         SmartComponent& component = make(type, type);
         addSignal(component, 50, "More", "AnalogOutput");
         signal(component, "More").setValue(2.6);
@@ -92,8 +92,8 @@ TEST_F(Sharing, AnOutputBeyondAnIntHoldsTheNearestOneOnceInitialised) {
     constexpr int least = std::numeric_limits<int>::min();
     SmartComponent& group = make("Group", "Group");
     addSignal(group, 50, "Out", "AnalogOutput");
-    for (const auto& [read, held] : {std::pair{1e300, most}, std::pair{-1e300, least},
-                                     std::pair{std::nan(""), 0}}) {
+    for (const auto& [read, held] :
+         {std::pair{1e300, most}, std::pair{-1e300, least}, std::pair{std::nan(""), 0}}) {
         signal(group, "Out").setValue(read);
         group.initialize();
         EXPECT_EQ(get(group, "Out"), held);

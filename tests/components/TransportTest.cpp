@@ -153,9 +153,8 @@ TEST_F(Transport, ASensorNamesThePartAndThenDetectsIt) {
     write(box, "Position", "-20 50 0");
     freshLog();
     execute(second);
-    EXPECT_EQ(freshLog(), (Lines{"Eye.Object := " + std::to_string(box.id()),
-                                 "Eye.Distance := 50", "Eye.Distance told", "Eye.Detected := 1",
-                                 "Eye.Detected told"}));
+    EXPECT_EQ(freshLog(), (Lines{"Eye.Object := " + std::to_string(box.id()), "Eye.Distance := 50",
+                                 "Eye.Distance told", "Eye.Detected := 1", "Eye.Detected told"}));
     write(box, "Position", "-21 50 0");
     execute(2 * second);
     EXPECT_EQ(get(sensor, "Detected"), 0);

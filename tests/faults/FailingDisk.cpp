@@ -119,8 +119,7 @@ ssize_t read(int file, void* bytes, size_t size) {
 
 ssize_t write(int file, const void* bytes, size_t size) {
     if (state.isOn && state.mostAtOnce > 0) size = std::min(size, state.mostAtOnce);
-    if (state.isOn && state.how == How::Short && state.calls + 1 == state.n)
-        size = (size + 1) / 2;
+    if (state.isOn && state.how == How::Short && state.calls + 1 == state.n) size = (size + 1) / 2;
     return carryOut("write", SYS_write, file, bytes, size);
 }
 

@@ -30,10 +30,10 @@ bool fails() {
 void* take(std::size_t size, std::size_t alignment = alignof(std::max_align_t)) {
     if (fails()) return nullptr;
     if (size == 0) size = 1;
-    void* const block = alignment <= alignof(std::max_align_t)
-                            ? std::malloc(size)
-                            : std::aligned_alloc(alignment, (size + alignment - 1) / alignment *
-                                                                alignment);
+    void* const block =
+        alignment <= alignof(std::max_align_t)
+            ? std::malloc(size)
+            : std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
     if (block) ++blocks;
     return block;
 }
@@ -88,12 +88,10 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
 void* operator new[](std::size_t size, std::align_val_t alignment) {
     return takeOrThrow(size, static_cast<std::size_t>(alignment));
 }
-void* operator new(std::size_t size, std::align_val_t alignment,
-                   const std::nothrow_t&) noexcept {
+void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
     return take(size, static_cast<std::size_t>(alignment));
 }
-void* operator new[](std::size_t size, std::align_val_t alignment,
-                     const std::nothrow_t&) noexcept {
+void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
     return take(size, static_cast<std::size_t>(alignment));
 }
 
@@ -107,9 +105,7 @@ void operator delete(void* block, std::align_val_t) noexcept { give(block); }
 void operator delete[](void* block, std::align_val_t) noexcept { give(block); }
 void operator delete(void* block, std::size_t, std::align_val_t) noexcept { give(block); }
 void operator delete[](void* block, std::size_t, std::align_val_t) noexcept { give(block); }
-void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept {
-    give(block);
-}
+void operator delete(void* block, std::align_val_t, const std::nothrow_t&) noexcept { give(block); }
 void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noexcept {
     give(block);
 }

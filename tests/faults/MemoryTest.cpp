@@ -143,8 +143,8 @@ INSTANTIATE_TEST_SUITE_P(Records, MemoryThatEnds, testing::ValuesIn(operationsOf
                          nameOfTest);
 INSTANTIATE_TEST_SUITE_P(Components, MemoryThatEnds, testing::ValuesIn(operationsOfComponents()),
                          nameOfTest);
-INSTANTIATE_TEST_SUITE_P(Aggregations, MemoryThatEnds, testing::ValuesIn(operationsOfAggregations()),
-                         nameOfTest);
+INSTANTIATE_TEST_SUITE_P(Aggregations, MemoryThatEnds,
+                         testing::ValuesIn(operationsOfAggregations()), nameOfTest);
 INSTANTIATE_TEST_SUITE_P(Deliveries, MemoryThatEnds, testing::ValuesIn(operationsOfDeliveries()),
                          nameOfTest);
 INSTANTIATE_TEST_SUITE_P(Lifecycle, MemoryThatEnds, testing::ValuesIn(operationsOfLifecycle()),

@@ -42,8 +42,7 @@ public:
 };
 
 Operation onElement(const char* name, std::function<void(Element&)> act) {
-    return {name,
-            [act](Scene& scene) { act(*scene.element); },
+    return {name, [act](Scene& scene) { act(*scene.element); },
             [](Scene& scene) { scene.element = elementWithMany(); }};
 }
 
@@ -60,25 +59,27 @@ Operation moves(const char* name, std::function<void(Scene&)> act) {
 
 std::vector<Operation> operationsOfRecords() {
     return {
-        {"Property::Create",
-         [](Scene& scene) { Property::Create(&scene.lamp(), scene.element); },
+        {"Property::Create", [](Scene& scene) { Property::Create(&scene.lamp(), scene.element); },
          [](Scene& scene) {
-             scene.element = propertyElement(9, "New", "String", longText, "a long unit, a very long one");
+             scene.element =
+                 propertyElement(9, "New", "String", longText, "a long unit, a very long one");
              scene.lamp().element()->append(scene.element);
          }},
-        {"Property::setDescription",
-         [](Scene& scene) { number(scene).setDescription(longText); }},
+        {"Property::setDescription", [](Scene& scene) { number(scene).setDescription(longText); }},
         {"Property::setReadOnly", [](Scene& scene) { number(scene).setReadOnly(true); }},
         {"Property::setType", [](Scene& scene) { number(scene).setType("ReferenceFrame"); }},
         {"Property::setUnit", [](Scene& scene) { number(scene).setUnit(longText); }},
-        {"Property::setUnit for the first time", [](Scene& scene) { words(scene).setUnit(longText); }},
+        {"Property::setUnit for the first time",
+         [](Scene& scene) { words(scene).setUnit(longText); }},
         {"Property::setVisible", [](Scene& scene) { number(scene).setVisible(true); }},
         {"Property::setName", [](Scene& scene) { number(scene).setName(longText); }},
         {"Property::setValue of a text", [](Scene& scene) { words(scene).setValue(longText); }},
         {"Property::setValue of a long number",
          [](Scene& scene) { number(scene).setValue("-0.12345678901234567"); }},
         {"Property::setValue of a vector",
-         [](Scene& scene) { scene.lamp().getProperty(4)->setValue("-0.1234567 2.3456789 3.45678"); }},
+         [](Scene& scene) {
+             scene.lamp().getProperty(4)->setValue("-0.1234567 2.3456789 3.45678");
+         }},
         {"Property::setValue of what is none",
          [](Scene& scene) { number(scene).setValue(longText); }},
         {"Property::getObjectId of what is none",
@@ -193,17 +194,17 @@ std::vector<Operation> operationsOfComponents() {
              scene.answer = std::to_string(xyz.x + 10 * xyz.y + 100 * xyz.z);
          }},
         {"setName", [](Scene& scene) { scene.lamp().setName(longText); }},
-        {"getDisplayString",
-         [](Scene& scene) { scene.answer = scene.lamp().getDisplayString(); }},
+        {"getDisplayString", [](Scene& scene) { scene.answer = scene.lamp().getDisplayString(); }},
         {"setPose", [](Scene& scene) { scene.cell().setPose({{1, 2, 3}, {1, 0, 0, 0}}); }},
         {.name = "a copy",
-         .act = [](Scene& scene) {
-             // It shares what it holds, so that it is never destroyed.
-             leakOnPurpose([&] {
-                 const auto* const copy = new Twin(scene.cell());
-                 scene.answer = std::to_string(copy->getSignals().size());
-             });
-         },
+         .act =
+             [](Scene& scene) {
+                 // It shares what it holds, so that it is never destroyed.
+                 leakOnPurpose([&] {
+                     const auto* const copy = new Twin(scene.cell());
+                     scene.answer = std::to_string(copy->getSignals().size());
+                 });
+             },
          .losesRecords = true},
         {"Sensor::setVisualPos",
          [](Scene& scene) {
@@ -275,11 +276,13 @@ std::vector<Operation> operationsOfDocuments() {
     for (const char* file :
          {"roundtrip/value_types.xml", "roundtrip/mixed_content.xml", "roundtrip/instructions.xml",
           "roundtrip/signals_and_connections.xml", "roundtrip/own_value_and_keys.xml"})
-        operations.push_back({file, [](Scene& scene) {
-                                  const Document read = Document::read(scene.answer);
-                                  scene.answer = read.text();
-                              },
-                              [file](Scene& scene) { scene.answer = (testFiles() / file).string(); }});
+        operations.push_back(
+            {file,
+             [](Scene& scene) {
+                 const Document read = Document::read(scene.answer);
+                 scene.answer = read.text();
+             },
+             [file](Scene& scene) { scene.answer = (testFiles() / file).string(); }});
     return operations;
 }
 

@@ -29,9 +29,9 @@ using sdf::Element;
 
 struct Situation {
     const char* name;
-    bool isNew;       // there is no file yet
-    bool overLink;    // the file is named by a link
-    bool isNameless;  // the file system knows files without names
+    bool isNew;        // there is no file yet
+    bool overLink;     // the file is named by a link
+    bool isNameless;   // the file system knows files without names
     std::size_t size;  // of the text, in bytes
 };
 
@@ -47,8 +47,8 @@ constexpr std::array<Situation, 6> situations = {{
 }};
 
 std::size_t openFiles() {
-    return static_cast<std::size_t>(
-        std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator("/proc/self/fd"),
+                                                  fs::directory_iterator()));
 }
 
 // In memory where that can be: thousands of files take a disk its time.
@@ -306,7 +306,7 @@ TEST_F(SavingOnABadDisk, KeepsPermissionsAndOwnerWhateverTheFileSystemKnows) {
             ASSERT_EQ(::chmod(file.c_str(), mode), 0);
             FailingDisk disk(How::Count, 0);
             EXPECT_EQ(save(disk, situation), "");
-            struct stat status {};
+            struct stat status{};
             ASSERT_EQ(::stat(file.c_str(), &status), 0);
             EXPECT_EQ(status.st_mode & 07777, mode);
             EXPECT_EQ(status.st_uid, mayGiveAway ? nobody : ::geteuid());
@@ -326,8 +326,8 @@ TEST_F(SavingOnABadDisk, ReadsAllOrSaysThatItCannot) {
                     EXPECT_EQ(Document::read(file_).text(), text_);
                 } catch (const DocumentError& thrown) {
                     EXPECT_EQ(error, EIO) << "an interrupted call is repeated";
-                    const std::string what =
-                        disk.failed() == std::string("open") ? "opened" : "read";
+                    const std::string what = disk.failed() == std::string("open") ? "opened"
+                                                                                  : "read";
                     EXPECT_EQ(thrown.fault(), "the file cannot be " + what +
                                                   ": Input/output error; a disk and a folder in "
                                                   "working order are expected");

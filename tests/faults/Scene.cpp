@@ -36,8 +36,7 @@ SmartComponent* componentOf(unsigned id) { return Scene::find<SmartComponent>(id
 void clear(StationLogic& logic) {
     const auto table = tableOf(logic);
     for (const auto& [id, connection] : table) logic.deleteConnection(id);
-    for (const auto& element : logic.element()->children("connection"))
-        element->removeFromParent();
+    for (const auto& element : logic.element()->children("connection")) element->removeFromParent();
     for (const unsigned id : {Scene::cellId, Scene::newId, Scene::robotId})
         logic.removeChildComponent(id);
 }

@@ -129,8 +129,7 @@ bool getsBy(How how, std::size_t n, bool& hasFailed, const std::function<void()>
     try {
         loseRecordsOfThrowingConstructor(action);
         isDone = true;
-    } catch (const std::bad_alloc&) {
-    }
+    } catch (const std::bad_alloc&) {}
     hasFailed = memory.hasFailed();
     return isDone;
 }
@@ -235,8 +234,8 @@ TEST_F(StartingWithoutMemory, TheFirstRemovalUnderAHoldIsWholeOrIsNone) {
 }
 
 TEST_F(StartingWithoutMemory, AStationThatCannotBeOpenedLeavesTheOtherOpen) {
-    const std::string other = stationText.substr(0, stationText.find("  <smart_component id=\"10\"")) +
-                              "</station>\n";
+    const std::string other =
+        stationText.substr(0, stationText.find("  <smart_component id=\"10\"")) + "</station>\n";
     everywhere([&](How how, std::size_t n) {
         const long before = blocksInUse();
         bool hasFailed;

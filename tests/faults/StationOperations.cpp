@@ -34,13 +34,13 @@ Operation builds(const char* name, End source, End destination, int index) {
                 smartcomp::Connection::Build(&scene.cell(), 40, source.component, source.member,
                                              destination.component, destination.member, index);
             },
-            [](Scene&) {},
-            [](Scene&) { takeAwayConnection(40); }};
+            [](Scene&) {}, [](Scene&) { takeAwayConnection(40); }};
 }
 
 // Something done by the belt, in the middle of a delivery from the lamp.
-Operation edits(const char* name, const std::function<void()>& edit,
-                const std::function<void()>& repair = [] {}) {
+Operation edits(
+    const char* name, const std::function<void()>& edit,
+    const std::function<void()>& repair = [] {}) {
     const auto prepare = [edit](Scene& scene) {
         scene.belt().onInput = [edit](unsigned, int, long long) { edit(); };
     };
@@ -150,9 +150,9 @@ std::vector<Operation> operationsOfAggregations() {
          [](Scene& scene) { scene.cell().moveSgConnOrderForward(1); }},
         {"the next ids",
          [](Scene& scene) {
-             scene.answer = std::to_string(scene.cell().getNextSgConnId() +
-                                           scene.cell().getNextPropertyId() +
-                                           scene.cell().getNextSignalId());
+             scene.answer =
+                 std::to_string(scene.cell().getNextSgConnId() + scene.cell().getNextPropertyId() +
+                                scene.cell().getNextSignalId());
          }},
         {"the views of connections",
          [](Scene& scene) {
@@ -189,10 +189,8 @@ std::vector<Operation> operationsOfAggregations() {
              }),
         sets("isObjectUsed",
              [](Scene& scene) { scene.answer = std::to_string(scene.cell().isObjectUsed(7)); }),
-        {"StationLogic::addController",
-         [](Scene&) { logic().addController(robot); }},
-        {"StationLogic::removeController",
-         [](Scene&) { logic().removeController(robot); },
+        {"StationLogic::addController", [](Scene&) { logic().addController(robot); }},
+        {"StationLogic::removeController", [](Scene&) { logic().removeController(robot); },
          [](Scene&) {
              logic().addController(robot);
              connect(logic(), {robot, 1}, {cell, 1});
@@ -200,7 +198,8 @@ std::vector<Operation> operationsOfAggregations() {
              connect(logic(), {cell, 2}, {cell, 1});
              bind(logic(), {cell, 2}, {robot, 1});
          }},
-        {"StationLogic::isObjectUsedByComponent", [](Scene& scene) {
+        {"StationLogic::isObjectUsedByComponent",
+         [](Scene& scene) {
              scene.answer = std::to_string(logic().isObjectUsedByComponent(lamp));
          }},
     };
@@ -255,24 +254,27 @@ std::vector<Operation> operationsOfDeliveries() {
               [] {
                   if (tableOf(Scene::cell()).contains(2)) Scene::cell().deleteConnection(2);
               }),
-        edits("a delivery that moves a connection",
-              [] { Scene::cell().moveSgConnOrderBackward(orderOf(Scene::cell()).front()); },
-              [] {
-                  if (orderOf(Scene::cell()).front() != 1) Scene::cell().moveSgConnOrderForward(1);
-              }),
-        edits("a delivery that makes a connection",
-              [] { smartcomp::Connection::Build(&Scene::cell(), 40, lamp, 2, belt, 3, 0); },
-              [] {
-                  if (tableOf(Scene::cell()).contains(40)) Scene::cell().deleteConnection(40);
-                  takeAwayConnection(40);
-              }),
+        edits(
+            "a delivery that moves a connection",
+            [] { Scene::cell().moveSgConnOrderBackward(orderOf(Scene::cell()).front()); },
+            [] {
+                if (orderOf(Scene::cell()).front() != 1) Scene::cell().moveSgConnOrderForward(1);
+            }),
+        edits(
+            "a delivery that makes a connection",
+            [] { smartcomp::Connection::Build(&Scene::cell(), 40, lamp, 2, belt, 3, 0); },
+            [] {
+                if (tableOf(Scene::cell()).contains(40)) Scene::cell().deleteConnection(40);
+                takeAwayConnection(40);
+            }),
         edits("a delivery that deletes its source",
               [] {
                   if (Scene::lamp().hasSignal(2)) Scene::lamp().deleteSignal(2);
               }),
-        edits("a delivery that deletes a property", [] {
-            if (Scene::belt().hasProperty(2)) Scene::belt().deleteProperty(2);
-        }),
+        edits("a delivery that deletes a property",
+              [] {
+                  if (Scene::belt().hasProperty(2)) Scene::belt().deleteProperty(2);
+              }),
         edits("a delivery that removes its source",
               [] {
                   if (Scene::find<Plain>(lamp)) smartcomp::RemoveSmartComponent(lamp);
@@ -306,10 +308,7 @@ std::vector<Operation> operationsOfLifecycle() {
                  scene.cell().removeChildComponent(fresh);
              }},
         {.name = "Recover",
-         .act =
-             [](Scene& scene) {
-                 smartcomp::Recover(scene.element, scene.elements, position);
-             },
+         .act = [](Scene& scene) { smartcomp::Recover(scene.element, scene.elements, position); },
          .prepare =
              [](Scene& scene) {
                  scene.element = scene.group().element();

@@ -40,12 +40,12 @@ constexpr unsigned nowhere = ~0u;
 enum class Shape { Chain, Tree, Nested };
 enum class Path { Dynamic, Static, Property };
 enum class Place {
-    Type,         // the component's reaction, or its override
-    Input,        // the listener, when it is told of the input or of the property
-    Output,       // the listener, when it is told of the output
+    Type,    // the component's reaction, or its override
+    Input,   // the listener, when it is told of the input or of the property
+    Output,  // the listener, when it is told of the output
     Controller,
-    Observer,     // the document, by an observer that refuses
-    Element,      // the document, by an element that holds a number
+    Observer,  // the document, by an observer that refuses
+    Element,   // the document, by an element that holds a number
 };
 
 struct Case {
@@ -185,8 +185,7 @@ protected:
         }
         for (unsigned node = 0; node != count; ++node) {
             const unsigned id = firstId + node;
-            if (shape() != Shape::Nested)
-                connect(box(cellId), {id, out}, {controllerId, id});
+            if (shape() != Shape::Nested) connect(box(cellId), {id, out}, {controllerId, id});
         }
         for (unsigned node = 1; node != count; ++node) {
             const unsigned id = firstId + node;
@@ -219,9 +218,7 @@ protected:
         }
     }
 
-    static Box& box(unsigned id) {
-        return dynamic_cast<Box&>(*sdf::SdfManager::inst()->find(id));
-    }
+    static Box& box(unsigned id) { return dynamic_cast<Box&>(*sdf::SdfManager::inst()->find(id)); }
 
     static bool isAbove(unsigned upper, unsigned node) {
         while (node != nowhere && node > upper) node = parentOf(node);
@@ -413,7 +410,8 @@ std::vector<Case> cases() {
 std::string nameOfTest(const testing::TestParamInfo<Case>& info) {
     constexpr const char* shapes[] = {"Chain", "Tree", "Nested"};
     constexpr const char* paths[] = {"Dynamic", "Static", "Property"};
-    constexpr const char* places[] = {"Type", "Input", "Output", "Controller", "Observer", "Element"};
+    constexpr const char* places[] = {"Type",       "Input",    "Output",
+                                      "Controller", "Observer", "Element"};
     return std::string(shapes[static_cast<int>(info.param.shape)]) +
            paths[static_cast<int>(info.param.path)] + places[static_cast<int>(info.param.place)];
 }

@@ -77,16 +77,15 @@ TEST_F(Budget, StopsALadderAtExactlyTheCountAndNamesTheHottestTenTimesAlike) {
 
 TEST_F(Budget, NamesWhereTheWaysPartAndMeet) {
     // 2 + 2 deliveries to the first rung, 2 * (1 + 2 + 2) to the second, ...
-    const Result result = play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n",
-                               {"--budget", "33"});
+    const Result result =
+        play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n", {"--budget", "33"});
     EXPECT_EQ(result.code, 5);
     EXPECT_THAT(result.err, StartsWith("the budget of 33 deliveries in a step is spent at 1s; the "
                                        "run was stopped; what got the most:\n"));
     EXPECT_THAT(result.err, HasSubstr("  A3.In: 4 deliveries; ways that part at A2.Out meet at "
                                       "Z2.Out\n"));
-    EXPECT_EQ(play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n", {"--budget", "34"})
-                  .code,
-              0);
+    EXPECT_EQ(
+        play(ladder(3), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n", {"--budget", "34"}).code, 0);
 }
 
 TEST_F(Budget, IsForEachStepAnew) {
@@ -96,9 +95,9 @@ TEST_F(Budget, IsForEachStepAnew) {
 }
 
 TEST_F(Budget, ARunThatItStopsLeavesItsFilesWhole) {
-    const Result result = play(ladder(20), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n",
-                               {"--budget", "100", "--vcd", path("run.vcd"), "--save",
-                                path("after.xml")});
+    const Result result =
+        play(ladder(20), "timeline:\n  - {at: 1s, set: {A1.In: 1}}\n",
+             {"--budget", "100", "--vcd", path("run.vcd"), "--save", path("after.xml")});
     EXPECT_EQ(result.code, 5);
     EXPECT_THAT(result.out, HasSubstr("nothing is saved, since the run was stopped\n"));
     EXPECT_THAT(readFile(path("run.vcd")), HasSubstr("#1000000000000\n"));

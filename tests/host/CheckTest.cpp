@@ -72,9 +72,8 @@ protected:
     // What check says of a station with these, a line each, without the folder.
     std::vector<std::string> check(const std::string& components,
                                    const std::string& connections = "") const {
-        const Result result =
-            station({"check", write("s.xml", stationText(components, connections)), "--components",
-                     odd});
+        const Result result = station(
+            {"check", write("s.xml", stationText(components, connections)), "--components", odd});
         auto all = lines(withoutFolders(result.out, folder()));
         all.pop_back();
         return all;
@@ -106,8 +105,8 @@ TEST(FaultFiles, EachHasItsOwnFaultAloneWithItsPlaceAndText) {
         const Result result = station({"check", file.string(), "--components", odd});
         const bool isError = kind.severity == Severity::Error;
         EXPECT_EQ(withoutFolders(result.out, file.parent_path()),
-                  expected.at(code) + "\n1 file: " +
-                      (isError ? "1 error, 0 warnings\n" : "0 errors, 1 warning\n"))
+                  expected.at(code) +
+                      "\n1 file: " + (isError ? "1 error, 0 warnings\n" : "0 errors, 1 warning\n"))
             << result.err;
         EXPECT_EQ(codeIn(expected.at(code)), code);
         EXPECT_EQ(result.code, isError ? 2 : 0) << code;
@@ -144,10 +143,10 @@ TEST(FaultFiles, StandInTheirDocumentationWithTheirRealMessages) {
     const auto expected = expectedLines();
     for (const auto& kind : faultKinds) {
         const std::string code(kind.code);
-        EXPECT_THAT(page, HasSubstr(fmt::format(
-                              "\n### `{}`\n\n{}: {} To do: {}.\n\n    {}\n", code,
-                              kind.severity == Severity::Error ? "Error" : "Warning", kind.meaning,
-                              kind.remedy, expected.at(code))));
+        EXPECT_THAT(page,
+                    HasSubstr(fmt::format("\n### `{}`\n\n{}: {} To do: {}.\n\n    {}\n", code,
+                                          kind.severity == Severity::Error ? "Error" : "Warning",
+                                          kind.meaning, kind.remedy, expected.at(code))));
     }
     std::size_t headings = 0;
     for (const std::string& line : lines(page)) headings += line.starts_with("### `");
@@ -156,12 +155,13 @@ TEST(FaultFiles, StandInTheirDocumentationWithTheirRealMessages) {
 
 TEST(FaultFiles, GiveTheSameAsJson) {
     const Result result = station({"check", "--json", faultFile("loop").string()});
-    EXPECT_EQ(result.out, "{\"file\":\"" + faultFile("loop").string() +
-                              "\",\"line\":7,\"column\":5,\"severity\":\"warning\",\"code\":\"loop\","
-                              "\"path\":\"Station Logic\",\"fault\":\"signals drive each other in a "
-                              "ring, which the guard of an output ends: A.Out -> B.In, B.Out -> "
-                              "A.In\",\"remedy\":\"break the ring, or make sure that what comes back "
-                              "is the same value\"}\n");
+    EXPECT_EQ(result.out,
+              "{\"file\":\"" + faultFile("loop").string() +
+                  "\",\"line\":7,\"column\":5,\"severity\":\"warning\",\"code\":\"loop\","
+                  "\"path\":\"Station Logic\",\"fault\":\"signals drive each other in a "
+                  "ring, which the guard of an output ends: A.Out -> B.In, B.Out -> "
+                  "A.In\",\"remedy\":\"break the ring, or make sure that what comes back "
+                  "is the same value\"}\n");
 }
 
 TEST_F(Check, TenFaultsInOneFileAreAllReported) {
@@ -184,10 +184,10 @@ TEST_F(Check, TenFaultsInOneFileAreAllReported) {
         children({10, 12, 13, 15, 16, 88}));
     std::vector<std::string> codes;
     for (const std::string& line : found) codes.push_back(codeIn(line));
-    EXPECT_THAT(codes, ElementsAre("child-unknown", "type-unknown", "object-id-twice",
-                                   "type-crashes", "type-fails", "parent-unknown",
-                                   "property-refused", "id-text", "element-unknown", "value-text",
-                                   "loop-unguarded"));
+    EXPECT_THAT(codes,
+                ElementsAre("child-unknown", "type-unknown", "object-id-twice", "type-crashes",
+                            "type-fails", "parent-unknown", "property-refused", "id-text",
+                            "element-unknown", "value-text", "loop-unguarded"));
 }
 
 TEST_F(Check, FaultlessFilesHaveNone) {
@@ -199,8 +199,8 @@ TEST_F(Check, FaultlessFilesHaveNone) {
     const Result result = station(arguments);
     EXPECT_EQ(result.code, 0) << result.out;
     EXPECT_THAT(result.out, HasSubstr(fmt::format("\n{} files: 0 errors, ", arguments.size() - 1)));
-    for (const std::string& line : lines(result.out)) EXPECT_THAT(line, ::testing::Not(HasSubstr(
-        ": error: ")));
+    for (const std::string& line : lines(result.out))
+        EXPECT_THAT(line, ::testing::Not(HasSubstr(": error: ")));
 
     const auto example = sourceFolder() / "examples/pick_and_place/station.xml";
     EXPECT_EQ(station({"check", "--strict", example.string()}).out,
@@ -209,8 +209,8 @@ TEST_F(Check, FaultlessFilesHaveNone) {
 
 TEST_F(Check, EachOfSeveralFilesIsCheckedByItself) {
     const std::string good = write("good.xml", stationText(""));
-    const Result result = station({"check", good, faultFile("loop").string(), path("none.xml"),
-                                   good});
+    const Result result =
+        station({"check", good, faultFile("loop").string(), path("none.xml"), good});
     EXPECT_EQ(result.code, 2);
     EXPECT_THAT(codesIn(result.out), ElementsAre("loop", "file-unreadable"));
     EXPECT_THAT(result.out, EndsWith("4 files: 1 error, 1 warning\n"));
@@ -225,9 +225,9 @@ TEST_F(Check, AWarningMayBeAllowedByACommentBeforeTheElement) {
     EXPECT_EQ(with("allow name").size(), 2u);
     EXPECT_EQ(with("allow name-missing-too").size(), 2u);
     // What cannot be loaded cannot be allowed.
-    EXPECT_EQ(check("  <!-- allow parent-unknown -->\n" + component(10, "A", "Buffer", "", 77))
-                  .size(),
-              1u);
+    EXPECT_EQ(
+        check("  <!-- allow parent-unknown -->\n" + component(10, "A", "Buffer", "", 77)).size(),
+        1u);
 }
 
 TEST_F(Check, ALibraryThatCannotBeLoadedIsWrongUsage) {
@@ -239,13 +239,13 @@ TEST_F(Check, ALibraryThatCannotBeLoadedIsWrongUsage) {
 }
 
 TEST_F(Check, ComponentsThatContainEachOtherAreNamedInOrder) {
-    EXPECT_THAT(check(component(10, "A", "Group", children({12}), 11) +
-                      component(11, "B", "Group", children({10}), 12) +
-                      component(12, "C", "Group", children({11}), 10)),
-                ElementsAre(HasSubstr("s.xml:10:5: error: #10: the component contains itself: \"A\" "
-                                      "in \"B\" in \"C\" in \"A\""),
-                            HasSubstr("s.xml:15:5: error: #11: "),
-                            HasSubstr("s.xml:20:5: error: #12: ")));
+    EXPECT_THAT(
+        check(component(10, "A", "Group", children({12}), 11) +
+              component(11, "B", "Group", children({10}), 12) +
+              component(12, "C", "Group", children({11}), 10)),
+        ElementsAre(HasSubstr("s.xml:10:5: error: #10: the component contains itself: \"A\" "
+                              "in \"B\" in \"C\" in \"A\""),
+                    HasSubstr("s.xml:15:5: error: #11: "), HasSubstr("s.xml:20:5: error: #12: ")));
 }
 
 TEST_F(Check, AnUnknownTypeIsNamedWithTheNearest) {

@@ -93,8 +93,14 @@ private:
         note(gate, 2, outputs_[gate], value);
         underWay_.emplace(gate, value);
         switch (gate) {
-            case S: arrive(X, 0, value); arrive(F, 0, value); break;
-            case F: arrive(X, 1, value); arrive(Y, 1, value); break;
+            case S:
+                arrive(X, 0, value);
+                arrive(F, 0, value);
+                break;
+            case F:
+                arrive(X, 1, value);
+                arrive(Y, 1, value);
+                break;
             case X: arrive(N, 0, value); break;
             case N: arrive(Y, 0, value); break;
             case Y: arrive(B, 0, value); break;
@@ -130,8 +136,8 @@ protected:
         std::string scenario = "step: 10ms\ntimeline:\n";
         for (int step = 0; step != steps; ++step) {
             stimuli_.push_back(static_cast<int>(random() % 2));
-            scenario += fmt::format("  - {{at: {}ms, set: {{S.In: {}}}}}\n", step * 10,
-                                    stimuli_.back());
+            scenario +=
+                fmt::format("  - {{at: {}ms, set: {{S.In: {}}}}}\n", step * 10, stimuli_.back());
         }
         write("s.yaml", scenario);
     }
@@ -211,10 +217,11 @@ TEST_F(ContainedFault, WithoutAFaultTheRunIsThatOfTheModelToo) {
 }
 
 TEST_F(ContainedFault, IsNamedWithWhatWasAskedAndTheWayThere) {
-    EXPECT_EQ(play(2).err,
-              "F (Fragile, #11) failed at 0s while taking 0 at F.In: broke at 2; what led there: Y "
-              "(XorGate, #14) starting, Y.Out -> B.In, B.Out -> F.In; it was set aside for the rest "
-              "of the run\n");
+    EXPECT_EQ(
+        play(2).err,
+        "F (Fragile, #11) failed at 0s while taking 0 at F.In: broke at 2; what led there: Y "
+        "(XorGate, #14) starting, Y.Out -> B.In, B.Out -> F.In; it was set aside for the rest "
+        "of the run\n");
 }
 
 TEST_F(ContainedFault, StopsTheRunWhereThatIsAskedFor) {

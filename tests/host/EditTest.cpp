@@ -79,12 +79,11 @@ TEST_F(Editing, ASettingGoesAlongConnectionsAndBindings) {
     EXPECT_EQ(edit({"set", "Robot.Start", "1", "Feeding.Belt speed", "250"}),
               "Robot.Start = 1\nFeeding.Enable = 1\nFeeding/Run belt.In1 = 1\n"
               "Feeding.Belt speed = 250.00 mm/s\nFeeding/Belt.Speed = 250.00 mm/s\n");
-    EXPECT_THAT(differences(),
-                ElementsAre("* Feeding.Belt speed: value \"200\" -> \"250\"",
-                            "* Feeding.Enable: value \"0\" -> \"1\"",
-                            "* Feeding/Belt.Speed: value \"200\" -> \"250\"",
-                            "* Feeding/Run belt.In1: value \"0\" -> \"1\"",
-                            "* Robot.Start: value \"0\" -> \"1\""));
+    EXPECT_THAT(differences(), ElementsAre("* Feeding.Belt speed: value \"200\" -> \"250\"",
+                                           "* Feeding.Enable: value \"0\" -> \"1\"",
+                                           "* Feeding/Belt.Speed: value \"200\" -> \"250\"",
+                                           "* Feeding/Run belt.In1: value \"0\" -> \"1\"",
+                                           "* Robot.Start: value \"0\" -> \"1\""));
 }
 
 TEST_F(Editing, AnAnalogSignalTakesAnyNumber) {
@@ -111,8 +110,7 @@ TEST_F(Editing, AValueThatItsTypeCannotHoldIsRefused) {
 }
 
 TEST_F(Editing, IsSavedElsewhereWhereThatIsAsked) {
-    const Result result =
-        station({"set", file(), "Robot.Start", "1", "--save", path("other.xml")});
+    const Result result = station({"set", file(), "Robot.Start", "1", "--save", path("other.xml")});
     EXPECT_EQ(result.code, 0);
     EXPECT_THAT(result.out, EndsWith("saved to " + path("other.xml") + "\n"));
     EXPECT_TRUE(isUnchanged());
@@ -125,8 +123,9 @@ TEST_F(Editing, WhatCannotBeSavedIsExitCodeSixAndLeavesTheFile) {
 }
 
 TEST_F(Editing, AConnectionTakesItsPlaceInTheOrder) {
-    EXPECT_EQ(edit({"connect", "Feeding/Sensor.Detected", "Feeding/Belt.Backward", "--at", "first"}),
-              "connection 0 of Feeding: Feeding/Sensor.Detected -> Feeding/Belt.Backward\n");
+    EXPECT_EQ(
+        edit({"connect", "Feeding/Sensor.Detected", "Feeding/Belt.Backward", "--at", "first"}),
+        "connection 0 of Feeding: Feeding/Sensor.Detected -> Feeding/Belt.Backward\n");
     EXPECT_THAT(differences(), ElementsAre("+ connection Feeding/Sensor.Detected -> "
                                            "Feeding/Belt.Backward in Feeding"));
     EXPECT_THAT(station({"show", file()}).out,
@@ -151,9 +150,10 @@ TEST_F(Editing, AnEditTellsTheWarningsThatItBrings) {
 }
 
 TEST_F(Editing, WhatCannotBeConnectedIsRefused) {
-    EXPECT_EQ(refusal({"connect", "Feeding/Sensor.Distance", "Tally.Placed"}),
-              "Feeding/Sensor.Distance and Tally.Placed are not in one aggregation; connect them by "
-              "way of signals of the aggregations between\n");
+    EXPECT_EQ(
+        refusal({"connect", "Feeding/Sensor.Distance", "Tally.Placed"}),
+        "Feeding/Sensor.Distance and Tally.Placed are not in one aggregation; connect them by "
+        "way of signals of the aggregations between\n");
     EXPECT_EQ(refusal({"connect", "Robot.Start", "Feeding.Enable"}),
               "Robot.Start and Feeding.Enable are connected already; nothing is to be done\n");
     EXPECT_EQ(refusal({"connect", "Robot.Start", "Feeding.Belt speed"}),
@@ -255,8 +255,7 @@ TEST_F(Editing, ARenamedObjectKeepsItsWiring) {
               "Feeding.Belt speed is Feeding.Speed\n");
     EXPECT_EQ(edit({"rename", "Robot.Start", "Go"}), "Robot.Start is Robot.Go\n");
     EXPECT_EQ(edit({"rename", "Robot", "R"}), "Robot is R\n");
-    EXPECT_THAT(station({"show", file()}).out,
-                HasSubstr("  connection 0: R.Go -> Feeding.On\n"));
+    EXPECT_THAT(station({"show", file()}).out, HasSubstr("  connection 0: R.Go -> Feeding.On\n"));
     EXPECT_THAT(edit({"rename", "Part A", "Part B"}), HasSubstr("[name-twice]\n"));
     EXPECT_THAT(refusal({"rename", "Part B", "Part C"}),
                 HasSubstr("Part B is ambiguous in Part B; write one of #60 (Part B), #61"));
@@ -264,10 +263,10 @@ TEST_F(Editing, ARenamedObjectKeepsItsWiring) {
 
 TEST_F(Editing, AComponentThatFailsLeavesTheFile) {
     const std::string odd = std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so";
-    const std::string text = stationText(
-        "  <smart_component id=\"10\" name=\"A\">\n    <type string=\"Touchy\" />\n"
-        "    <parent uint=\"2\" />\n    <property id=\"11\" name=\"P\" string=\"1\">\n"
-        "      <type string=\"Int32\" />\n    </property>\n  </smart_component>\n");
+    const std::string text =
+        stationText("  <smart_component id=\"10\" name=\"A\">\n    <type string=\"Touchy\" />\n"
+                    "    <parent uint=\"2\" />\n    <property id=\"11\" name=\"P\" string=\"1\">\n"
+                    "      <type string=\"Int32\" />\n    </property>\n  </smart_component>\n");
     const std::string touchy = write("touchy.xml", text);
     const Result result = station({"set", touchy, "A.P", "2", "--components", odd});
     EXPECT_EQ(result.code, 4);
@@ -295,12 +294,13 @@ TEST_F(Editing, LayoutCommentsAndIdsAreNoDifference) {
                                "  </smart_component>\n",
                                id, name);
         };
-        return stationText(comment + one(first, "A") + one(second, "B"),
-                           fmt::format("    <connection id=\"{}\">\n      <source uint64=\"{}\" />\n"
-                                       "      <destination uint64=\"{}\" />\n"
-                                       "      <index uint=\"0\" />\n    </connection>\n",
-                                       first, (static_cast<unsigned long long>(first) << 32) | 2,
-                                       (static_cast<unsigned long long>(second) << 32) | 1));
+        return stationText(
+            comment + one(first, "A") + one(second, "B"),
+            fmt::format("    <connection id=\"{}\">\n      <source uint64=\"{}\" />\n"
+                        "      <destination uint64=\"{}\" />\n"
+                        "      <index uint=\"0\" />\n    </connection>\n",
+                        first, (static_cast<unsigned long long>(first) << 32) | 2,
+                        (static_cast<unsigned long long>(second) << 32) | 1));
     };
     const std::string a = write("a.xml", buffers(10, 11, ""));
     const std::string b = write("b.xml", buffers(30, 20, "\n\n<!-- others -->\n"));

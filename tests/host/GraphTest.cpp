@@ -32,8 +32,7 @@ protected:
 
     // Where Graphviz puts the middle of each node, from the left.
     std::map<std::string, double> drawn(const std::string& dot) const {
-        const Result plain =
-            stationAt("/usr/bin/dot", {"-Tplain", write("graph.dot", dot)});
+        const Result plain = stationAt("/usr/bin/dot", {"-Tplain", write("graph.dot", dot)});
         EXPECT_EQ(plain.code, 0) << plain.err;
         EXPECT_EQ(plain.err, "");
         std::map<std::string, double> result;
@@ -101,7 +100,8 @@ TEST_F(Graph, IsDrawnByGraphvizAsAPictureWithAllNames) {
 
 TEST_F(Graph, AnyNameCanBeShown) {
     StationFile file;
-    file.add(10, "a \\ &lt;b&gt; &amp; {c} &quot;d&quot; | ü", "Group", {{"&lt;in&gt;", "DigitalInput"}});
+    file.add(10, "a \\ &lt;b&gt; &amp; {c} &quot;d&quot; | ü", "Group",
+             {{"&lt;in&gt;", "DigitalInput"}});
     file.gate(11, "", "Buffer", 1, 10);
     file.connect({10, 1}, {11, 1}, 10);
     const auto nodes = drawn(dotOf(write("s.xml", file.text())));

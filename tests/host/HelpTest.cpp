@@ -21,7 +21,8 @@ std::vector<std::string> subcommands() {
     std::istringstream help(station({"--help"}).out);
     bool behind = false;
     for (std::string line; std::getline(help, line);) {
-        if (line.starts_with("Subcommands")) behind = true;
+        if (line.starts_with("Subcommands"))
+            behind = true;
         else if (behind && line.starts_with("  ") && line[2] != ' ')
             names.push_back(line.substr(2, line.find(' ', 2) - 2));
     }
@@ -33,8 +34,8 @@ std::vector<std::string> exampleIn(const std::string& help) {
     const std::string mark = "Example: station ";
     const auto start = help.find(mark);
     if (start == std::string::npos) return {};
-    std::istringstream line(help.substr(start + mark.size(), help.find('\n', start) - start -
-                                                                 mark.size()));
+    std::istringstream line(help.substr(start + mark.size(),
+                                        help.find('\n', start) - start - mark.size()));
     std::vector<std::string> arguments;
     for (std::string argument; line >> argument;) arguments.push_back(argument);
     return arguments;

@@ -59,7 +59,8 @@ TEST_F(LongRun, AnInterruptEndsItWithItsFilesWhole) {
 TEST_F(LongRun, ShowsOnATerminalHowFarItIs) {
     const std::string command = std::string(STATION_PROGRAM) + " run " + path("s.xml") +
                                 " --until 59999min & sleep 2; kill -INT $!";
-    EXPECT_THAT(onTerminal("(" + command + ") >" + path("out")).out, HasSubstr("s of 3599940s\x1b[K\r"));
+    EXPECT_THAT(onTerminal("(" + command + ") >" + path("out")).out,
+                HasSubstr("s of 3599940s\x1b[K\r"));
 }
 
 TEST_F(LongRun, IsQuietElsewhere) {

@@ -17,14 +17,14 @@ protected:
     std::string report(const StationFile& file, const std::string& scenario,
                        std::vector<std::string> options = {}) const {
         options.insert(options.begin(),
-                       {"run", write("s.xml", file.text()), "--scenario",
-                        write("s.yaml", scenario), "--junit", path("run.xml"), "--components",
+                       {"run", write("s.xml", file.text()), "--scenario", write("s.yaml", scenario),
+                        "--junit", path("run.xml"), "--components",
                         std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so"});
         station(options);
-        const Result check = stationAt(
-            "/usr/bin/xmllint", {"--noout", "--schema",
-                                 (sourceFolder() / "tests/files/junit.xsd").string(),
-                                 path("run.xml")});
+        const Result check =
+            stationAt("/usr/bin/xmllint",
+                      {"--noout", "--schema", (sourceFolder() / "tests/files/junit.xsd").string(),
+                       path("run.xml")});
         EXPECT_EQ(check.code, 0) << check.err;
         return readFile(path("run.xml"));
     }
@@ -39,20 +39,27 @@ protected:
 
 TEST_F(JUnit, IsACaseForEachExpectation) {
     const std::string scenario = path("s.yaml");
-    EXPECT_EQ(report(buffer(), "timeline:\n  - {at: 1.5s, expect: {A.In: 0, A.Out: 1}}\n"),
-              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-              "<testsuites tests=\"2\" failures=\"1\" errors=\"0\" skipped=\"0\" "
-              "time=\"1.500000\">\n"
-              "  <testsuite name=\"" + scenario + "\" tests=\"2\" failures=\"1\" errors=\"0\" "
-              "skipped=\"0\" time=\"1.500000\">\n"
-              "    <testcase classname=\"" + scenario + "\" name=\"" + scenario +
-              ":2:25: at 1.5s A.In was expected to be 0\" time=\"1.500000\" />\n"
-              "    <testcase classname=\"" + scenario + "\" name=\"" + scenario +
-              ":2:34: at 1.5s A.Out was expected to be 1\" time=\"1.500000\">\n"
-              "      <failure type=\"expectation\" message=\"at 1.5s A.Out was expected to be 1, "
-              "and was 0\">" + scenario + ":2:34: at 1.5s A.Out was expected to be 1, and was 0"
-              "</failure>\n"
-              "    </testcase>\n  </testsuite>\n</testsuites>\n");
+    EXPECT_EQ(
+        report(buffer(), "timeline:\n  - {at: 1.5s, expect: {A.In: 0, A.Out: 1}}\n"),
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<testsuites tests=\"2\" failures=\"1\" errors=\"0\" skipped=\"0\" "
+        "time=\"1.500000\">\n"
+        "  <testsuite name=\"" +
+            scenario +
+            "\" tests=\"2\" failures=\"1\" errors=\"0\" "
+            "skipped=\"0\" time=\"1.500000\">\n"
+            "    <testcase classname=\"" +
+            scenario + "\" name=\"" + scenario +
+            ":2:25: at 1.5s A.In was expected to be 0\" time=\"1.500000\" />\n"
+            "    <testcase classname=\"" +
+            scenario + "\" name=\"" + scenario +
+            ":2:34: at 1.5s A.Out was expected to be 1\" time=\"1.500000\">\n"
+            "      <failure type=\"expectation\" message=\"at 1.5s A.Out was expected to be 1, "
+            "and was 0\">" +
+            scenario +
+            ":2:34: at 1.5s A.Out was expected to be 1, and was 0"
+            "</failure>\n"
+            "    </testcase>\n  </testsuite>\n</testsuites>\n");
 }
 
 TEST_F(JUnit, EscapesNamesAndIsValidWithoutAnyExpectation) {

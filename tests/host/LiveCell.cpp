@@ -21,8 +21,8 @@ std::string signalText(unsigned id, const std::string& name, const std::string& 
                        id, name, type, more);
 }
 
-std::string connectionText(unsigned id, unsigned index, unsigned from, unsigned output,
-                           unsigned to, unsigned input) {
+std::string connectionText(unsigned id, unsigned index, unsigned from, unsigned output, unsigned to,
+                           unsigned input) {
     const auto end = [](unsigned component, unsigned signal) {
         return (static_cast<unsigned long long>(component) << 32) | signal;
     };

@@ -84,8 +84,8 @@ TEST_F(NamesTest, AMalformedPathIsRefused) {
 }
 
 TEST_F(NamesTest, EveryWrittenPathReadsBack) {
-    for (const char* const name : {"plain", "two words", "a.b", "a/b", "a\"b", "a\\b", "#3", "",
-                                   " edge", "\xC3\xBC"}) {
+    for (const char* const name :
+         {"plain", "two words", "a.b", "a/b", "a\"b", "a\\b", "#3", "", " edge", "\xC3\xBC"}) {
         host::componentOf(outer)->setName(name);
         const Member member{outer, Signal, 1};
         EXPECT_EQ(find(host::pathOf(member)), member) << host::pathOf(member);

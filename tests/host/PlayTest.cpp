@@ -144,14 +144,16 @@ TEST_F(Play, AnIncludedFileAddsItsMomentsWhereItIsTold) {
 TEST_F(Play, AFaultInAnIncludedFileHasThatFile) {
     write("arm.yaml", "timeline:\n  - {at: soon}\n");
     EXPECT_EQ(play("include: [arm.yaml]\n").err,
-              path("arm.yaml") + ":2:10: error: \"soon\" is no time; write a number and us, ms, s or min, "
-                                 "as in 1.5s\n");
+              path("arm.yaml") +
+                  ":2:10: error: \"soon\" is no time; write a number and us, ms, s or min, "
+                  "as in 1.5s\n");
     write("arm.yaml", "include: s.yaml\n");
     EXPECT_EQ(play("include: [arm.yaml]\n").err,
               path("arm.yaml") + ":1:10: error: s.yaml includes itself here; take it out\n");
     EXPECT_EQ(play("include: leg.yaml\n").err,
-              path("s.yaml") + ":1:10: error: there is no file leg.yaml; names of files begin in the "
-                               "folder of this one\n");
+              path("s.yaml") +
+                  ":1:10: error: there is no file leg.yaml; names of files begin in the "
+                  "folder of this one\n");
 }
 
 TEST_F(Play, RandomValuesAreTheSameForOneSeed) {
@@ -169,15 +171,19 @@ TEST_F(Play, AllFaultsOfAScenarioAreToldAtOnce) {
     const Result result = play("step: 0s\ntimeline:\n  - {at: 1s, set: {A.In: 2.5, C.In: 1}}\n"
                                "  - {at: later}\n");
     EXPECT_EQ(result.code, 2);
-    EXPECT_EQ(result.err, path("s.yaml") + ":1:7: error: a step of 0 gets nowhere; write a longer one, as "
-                                           "in 10ms\n" +
-                              path("s.yaml") + ":4:10: error: \"later\" is no time; write a number and "
-                                               "us, ms, s or min, as in 1.5s\n");
+    EXPECT_EQ(result.err, path("s.yaml") +
+                              ":1:7: error: a step of 0 gets nowhere; write a longer one, as "
+                              "in 10ms\n" +
+                              path("s.yaml") +
+                              ":4:10: error: \"later\" is no time; write a number and "
+                              "us, ms, s or min, as in 1.5s\n");
     EXPECT_EQ(play("timeline:\n  - {at: 1s, set: {A.In: 2.5, C.In: 1}}\n").err,
-              path("s.yaml") + ":2:26: error: A.In cannot be set to 2.5: while the simulation runs, "
-                               "signals carry whole numbers of 32 bits; write one\n" +
-                  path("s.yaml") + ":2:31: error: there is no C in the station; see the names with "
-                                   "station show\n");
+              path("s.yaml") +
+                  ":2:26: error: A.In cannot be set to 2.5: while the simulation runs, "
+                  "signals carry whole numbers of 32 bits; write one\n" +
+                  path("s.yaml") +
+                  ":2:31: error: there is no C in the station; see the names with "
+                  "station show\n");
 }
 
 }  // namespace trel::test

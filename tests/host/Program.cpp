@@ -46,7 +46,8 @@ private:
                          int out, int err) {
     std::vector<char*> argv;
     argv.push_back(const_cast<char*>(program.data()));
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.data()));
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.data()));
     argv.push_back(nullptr);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);

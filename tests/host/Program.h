@@ -10,7 +10,7 @@ namespace trel::test {
 
 /// What a run of the program came to.
 struct Result {
-    int code;         // exit code, or minus the signal that ended it
+    int code;  // exit code, or minus the signal that ended it
     std::string out;
     std::string err;
 };

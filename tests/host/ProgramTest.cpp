@@ -66,10 +66,10 @@ TEST_F(StationRun, PrintsEveryChangeWithTimeNameAndValue) {
 
 TEST_F(StationRun, AFailedExpectationIsNamedWithWhatWasFoundAndExitCodeOne) {
     const std::string play = scenario("timeline:\n  - at: 1s\n    expect:\n      A.Out: 0\n");
-    const Result result =
-        station({"run", file(), "--scenario", play, "--save", path("after.xml")});
+    const Result result = station({"run", file(), "--scenario", play, "--save", path("after.xml")});
     EXPECT_EQ(result.code, 1);
-    EXPECT_THAT(result.out, HasSubstr(play + ":4:7: at 1s A.Out was expected to be 0, and was 1\n"));
+    EXPECT_THAT(result.out,
+                HasSubstr(play + ":4:7: at 1s A.Out was expected to be 0, and was 1\n"));
     EXPECT_THAT(result.out, HasSubstr("nothing is saved"));
     EXPECT_FALSE(std::filesystem::exists(path("after.xml")));
 }
@@ -153,8 +153,8 @@ TEST_F(StationRun, AComponentThatThrowsIsNamedAndExitCodeFour) {
 
 TEST_F(StationRun, ASettingThatMakesAComponentThrowIsNamed) {
     const std::string play = scenario("timeline:\n  - at: 10ms\n    set: {Odd.In: 1}\n");
-    const Result result = station(
-        {"run", odd("Thrower"), "--components", library("Odd"), "--scenario", play});
+    const Result result =
+        station({"run", odd("Thrower"), "--components", library("Odd"), "--scenario", play});
     EXPECT_EQ(result.code, 4);
     EXPECT_THAT(result.err, HasSubstr("failed at 0.01s while being set at Odd.In by " + play +
                                       ":3:11: does not like its input"));
@@ -163,10 +163,11 @@ TEST_F(StationRun, ASettingThatMakesAComponentThrowIsNamed) {
 TEST_F(StationRun, AComponentThatCannotBeMadeIsAFaultOfTheFile) {
     const Result result = station({"run", odd("Stillborn"), "--components", library("Odd")});
     EXPECT_EQ(result.code, 2);
-    EXPECT_EQ(result.err, path("odd.xml") +
-                              ":10:3: error: Odd: the type \"Stillborn\" cannot make the component: "
-                              "misses its settings; look at its properties and signals "
-                              "[type-fails]\n");
+    EXPECT_EQ(result.err,
+              path("odd.xml") +
+                  ":10:3: error: Odd: the type \"Stillborn\" cannot make the component: "
+                  "misses its settings; look at its properties and signals "
+                  "[type-fails]\n");
 }
 
 // Its pointer stays in the list of components; a new one comes under its id.
@@ -182,8 +183,8 @@ TEST_F(StationRun, AComponentMayRemoveAndMakeOthersWhileItRuns) {
 TEST_F(StationRun, AnExpectationOfARemovedComponentFails) {
     const std::string play = scenario("timeline:\n  - at: 30ms\n    set: {A.In: 1}\n"
                                       "    expect: {A.Out: 1}\n");
-    const Result result = station(
-        {"run", odd("Changer"), "--components", library("Odd"), "--scenario", play});
+    const Result result =
+        station({"run", odd("Changer"), "--components", library("Odd"), "--scenario", play});
     EXPECT_EQ(result.code, 1);
     EXPECT_THAT(result.out, HasSubstr("cannot set #11.#1 at 0.03s: it has been removed"));
     EXPECT_THAT(result.out, HasSubstr("A.Out was expected to be 1, and was nothing"));

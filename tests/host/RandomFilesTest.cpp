@@ -17,10 +17,10 @@ namespace trel::test {
 
 namespace {
 
-using ::testing::HasSubstr;
-using ::testing::Not;
 using network::Random;
 using sdf::Element;
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 unsigned numberFrom(const char* variable, unsigned usual) {
     const char* const text = std::getenv(variable);
@@ -53,12 +53,26 @@ host::ElementPtr copyOf(const Element& element) {
 // Damages a station in one way or another, which stays well-formed.
 void damage(Element& root, Random& random) {
     static const std::vector<unsigned> ids = {0, 1, 2, 10, 11, 12, 20, 21, 90, 4294967295};
-    static const std::vector<std::string> texts = {
-        "", "1", "0.5", "x/y.z\"", "DigitalInput", "DigitalOutput", "AnalogInput", "GroupOutput",
-        "Group", "Buffer", "Timer", "Gripper", "ObjectId", "Double", "Bare", "StationLogic"};
-    static const std::vector<std::string> tags = {"child",      "signal", "property", "xy",
-                                                  "connection", "parent", "value",    "controller",
-                                                  "index",      "source", "smart_component"};
+    static const std::vector<std::string> texts = {"",
+                                                   "1",
+                                                   "0.5",
+                                                   "x/y.z\"",
+                                                   "DigitalInput",
+                                                   "DigitalOutput",
+                                                   "AnalogInput",
+                                                   "GroupOutput",
+                                                   "Group",
+                                                   "Buffer",
+                                                   "Timer",
+                                                   "Gripper",
+                                                   "ObjectId",
+                                                   "Double",
+                                                   "Bare",
+                                                   "StationLogic"};
+    static const std::vector<std::string> tags = {"child",  "signal",         "property",
+                                                  "xy",     "connection",     "parent",
+                                                  "value",  "controller",     "index",
+                                                  "source", "smart_component"};
     const auto all = elementsOf(root);
     if (all.empty()) return;
     const auto element = random.from(all);
@@ -105,7 +119,8 @@ TEST_F(RandomFiles, AreRefusedByARunExactlyWhereCheckFindsAnError) {
         const bool isRefused = check.out.find(": error: ") != std::string::npos;
         refused += isRefused ? 1 : 0;
         ASSERT_EQ(check.code, isRefused ? 2 : 0) << "seed " << seed() + i << check.err;
-        ASSERT_EQ(run.code == 2, isRefused) << "seed " << seed() + i << '\n' << check.out << run.err;
+        ASSERT_EQ(run.code == 2, isRefused) << "seed " << seed() + i << '\n'
+                                            << check.out << run.err;
         ASSERT_THAT(check.out, Not(HasSubstr("type-crashes"))) << "seed " << seed() + i;
     }
     EXPECT_GT(refused, count() / 4);
@@ -135,7 +150,8 @@ std::vector<std::string> randomEdit(const std::string& file, Random& random) {
         case 2: return {"connect", file, one, other};
         case 3: return {"disconnect", file, one, other};
         case 4: return {"move", file, one, other, "last"};
-        case 5: return {"rename", file, random.from(objects), fmt::format("New {}", random.below(9))};
+        case 5:
+            return {"rename", file, random.from(objects), fmt::format("New {}", random.below(9))};
         case 6: return {"rename", file, one, fmt::format("New {}", random.below(9))};
         default: return {"remove", file, random.oneIn(4) ? random.from(objects) : one};
     }

@@ -43,11 +43,13 @@ TEST_F(Report, OfTheExampleHasDiagramWaveformsAndExpectationsAndNoOutsideLinks) 
                  (folder / "scenario.yaml").string(), "--report", path("run.html")});
     ASSERT_EQ(result.code, 0) << result.err;
     const std::string html = readFile(path("run.html"));
-    EXPECT_THAT(html, AllOf(HasSubstr("<p class=\"verdict good\">All that was expected held</p>"),
-                            HasSubstr("<svg class=\"waves\""), HasSubstr(">Robot.PartPlaced</text>"),
-                            HasSubstr(">ResetCount = 0</text>"),
-                            HasSubstr("at 1.2s Robot.Load was expected to be 120")));
-    EXPECT_FALSE(std::regex_search(html, std::regex("(src|href)=\"(?!data:)|url\\(|@import|<script")));
+    EXPECT_THAT(html,
+                AllOf(HasSubstr("<p class=\"verdict good\">All that was expected held</p>"),
+                      HasSubstr("<svg class=\"waves\""), HasSubstr(">Robot.PartPlaced</text>"),
+                      HasSubstr(">ResetCount = 0</text>"),
+                      HasSubstr("at 1.2s Robot.Load was expected to be 120")));
+    EXPECT_FALSE(std::regex_search(html,
+                                   std::regex("(src|href)=\"(?!data:)|url\\(|@import|<script")));
 }
 
 TEST_F(Report, APulseIsALineInItsWaveform) {
@@ -71,8 +73,9 @@ TEST_F(Report, SaysWhatFailedWhatWasReportedAndWhyItStopped) {
     EXPECT_THAT(of(row(), "timeline:\n  - {at: 1s, expect: {A.Out: 1}}\n"),
                 AllOf(HasSubstr("<p class=\"verdict bad\">1 expectation(s) failed</p>"),
                       HasSubstr("<td class=\"failed\">and was 0</td>")));
-    EXPECT_THAT(of(row(), "timeline:\n  - {at: 1s, set: {A.In: 1}}\n  - {at: 2s, expect: {A.In: 1}}"
-                          "\n",
+    EXPECT_THAT(of(row(),
+                   "timeline:\n  - {at: 1s, set: {A.In: 1}}\n  - {at: 2s, expect: {A.In: 1}}"
+                   "\n",
                    {"--budget", "0"}),
                 AllOf(HasSubstr("<p class=\"verdict bad\">Stopped: the budget of 0 deliveries in a "
                                 "step is spent at 1s</p>"),

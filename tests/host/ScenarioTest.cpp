@@ -51,18 +51,22 @@ TEST_F(ScenarioTest, IsReadWithTimesWishesAndPlaces) {
 }
 
 TEST_F(ScenarioTest, AFaultInTheFileHasItsPlaceAndRemedy) {
-    EXPECT_EQ(fault("timelime: []\n"), "s.yaml:1:1: error: \"timelime\" is no key here; write one of "
-                                       "until, step, seed, include, timeline");
-    EXPECT_EQ(fault("until: 5\n"), "s.yaml:1:8: error: \"5\" is no time; write a number and us, ms, s or "
-                                   "min, as in 1.5s");
+    EXPECT_EQ(fault("timelime: []\n"),
+              "s.yaml:1:1: error: \"timelime\" is no key here; write one of "
+              "until, step, seed, include, timeline");
+    EXPECT_EQ(fault("until: 5\n"),
+              "s.yaml:1:8: error: \"5\" is no time; write a number and us, ms, s or "
+              "min, as in 1.5s");
     EXPECT_EQ(fault("step: 0s\n"),
               "s.yaml:1:7: error: a step of 0 gets nowhere; write a longer one, as in 10ms");
-    EXPECT_EQ(fault("until: 1s\nuntil: 2s\n"), "s.yaml:2:1: error: \"until\" stands here twice; keep one");
+    EXPECT_EQ(fault("until: 1s\nuntil: 2s\n"),
+              "s.yaml:2:1: error: \"until\" stands here twice; keep one");
     EXPECT_EQ(fault("timeline:\n  - say: x\n"),
               "s.yaml:2:5: error: a moment needs its time; write at, as in \"at: 1.5s\"");
-    EXPECT_EQ(fault("timeline:\n  - at: 1s\n    puls: {}\n"),
-              "s.yaml:3:5: error: \"puls\" is no key here; write one of at, repeat, say, release, force, "
-              "set, pulse, expect, within, never");
+    EXPECT_EQ(
+        fault("timeline:\n  - at: 1s\n    puls: {}\n"),
+        "s.yaml:3:5: error: \"puls\" is no key here; write one of at, repeat, say, release, force, "
+        "set, pulse, expect, within, never");
     EXPECT_EQ(fault("timeline:\n  - at: 1s\n    set: [A.In]\n"),
               "s.yaml:3:10: error: names and values are expected here; write them as in "
               "\"Cell/Gripper.Close: 1\"");
@@ -92,24 +96,28 @@ TEST_F(ScenarioTest, AFileThatIsNotThereIsNamed) {
         FAIL() << "nothing was thrown";
     } catch (const host::Failure& failure) {
         EXPECT_EQ(failure.what(),
-                  path("none.yaml") + ": error: cannot be read; check the name and that you may read it");
+                  path("none.yaml") +
+                      ": error: cannot be read; check the name and that you may read it");
     }
 }
 
 TEST_F(ScenarioTest, AValueThatTheRunTimePathCannotCarryIsRefused) {
     EXPECT_EQ(faultOfSet("'\"Belt 1.5\".signal#4': 2.5"),
-              "s.yaml:4:30: error: \"Belt 1.5\".signal#4 cannot be set to 2.5: while the simulation runs, "
+              "s.yaml:4:30: error: \"Belt 1.5\".signal#4 cannot be set to 2.5: while the "
+              "simulation runs, "
               "signals carry whole numbers of 32 bits; write one");
-    EXPECT_EQ(faultOfSet("A.In: 2"), "s.yaml:4:13: error: A.In is digital and cannot be 2; write 0 or 1");
+    EXPECT_EQ(faultOfSet("A.In: 2"),
+              "s.yaml:4:13: error: A.In is digital and cannot be 2; write 0 or 1");
     EXPECT_EQ(faultOfSet("A.In: true"), "good");
     EXPECT_NE(faultOfSet("'\"Belt 1.5\".signal#4': 99999999999").find("32 bits"),
               std::string::npos);
 }
 
 TEST_F(ScenarioTest, APropertyTextThatItsTypeCannotUseIsRefused) {
-    EXPECT_EQ(faultOfSet("'\"Belt 1.5\".property#3': fast"),
-              "s.yaml:4:32: error: \"Belt 1.5\".property#3 cannot be \"fast\"; write a value of type "
-              "Double");
+    EXPECT_EQ(
+        faultOfSet("'\"Belt 1.5\".property#3': fast"),
+        "s.yaml:4:32: error: \"Belt 1.5\".property#3 cannot be \"fast\"; write a value of type "
+        "Double");
     EXPECT_EQ(faultOfSet("'\"Belt 1.5\".property#3': 12.5"), "good");
 }
 

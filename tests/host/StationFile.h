@@ -22,8 +22,7 @@ public:
 
     /// A component with these signals, in a parent that was added before.
     void add(unsigned id, const std::string& name, const std::string& type,
-             const std::vector<Signal>& signals, unsigned parent = 2,
-             const std::string& more = "");
+             const std::vector<Signal>& signals, unsigned parent = 2, const std::string& more = "");
 
     /// A gate: "In" is signal 1 and "Out" signal 2, or "In1", "In2" and "Out".
     void gate(unsigned id, const std::string& name, const std::string& type, unsigned inputs = 1,

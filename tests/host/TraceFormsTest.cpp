@@ -57,9 +57,10 @@ TEST_F(TraceForms, CsvIsARowForEachChangeWithQuotesWhereItTakesThem) {
 
 TEST_F(TraceForms, OnlyWhatIsWatchedIsPrinted) {
     const Result result = play({"--watch", "Robot.*", "--watch", "Tally/*.Up"});
-    EXPECT_THAT(result.out, AllOf(HasSubstr("  Robot.Count = 1\n"), HasSubstr("  Tally/Heavy.Up = "),
-                                  Not(HasSubstr("  Feeding/Belt.Run = 1\n")),
-                                  HasSubstr("-- The robot starts the cell.")));
+    EXPECT_THAT(result.out,
+                AllOf(HasSubstr("  Robot.Count = 1\n"), HasSubstr("  Tally/Heavy.Up = "),
+                      Not(HasSubstr("  Feeding/Belt.Run = 1\n")),
+                      HasSubstr("-- The robot starts the cell.")));
 }
 
 TEST_F(TraceForms, APatternThatSuitsNothingIsRefused) {

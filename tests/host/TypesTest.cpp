@@ -32,8 +32,10 @@ protected:
     void nameFolder() const { setenv("STATION_COMPONENTS", folder().c_str(), 1); }
     std::string oneOf(const std::string& type) const {
         return write("s.xml", stationText("  <smart_component id=\"10\" name=\"A\">\n"
-                                          "    <type string=\"" + type + "\" />\n"
-                                          "    <parent uint=\"2\" />\n  </smart_component>\n",
+                                          "    <type string=\"" +
+                                              type +
+                                              "\" />\n"
+                                              "    <parent uint=\"2\" />\n  </smart_component>\n",
                                           "    <child uint=\"10\" />\n"));
     }
 };
@@ -43,17 +45,18 @@ protected:
 TEST(Types, AreListedWithDescriptionPropertiesAndSignals) {
     const Result result = station({"types", "Timer"});
     EXPECT_EQ(result.code, 0);
-    EXPECT_EQ(result.out,
-              "Timer  (libtrelcomponents.so)\n"
-              "  Timer: OnDelay switches Out on when In has been on for Time, OffDelay switches it "
-              "off when In has been off for Time, Pulse switches it on for Time whenever In rises.\n"
-              "  properties\n"
-              "    Mode : String = OnDelay    OnDelay, OffDelay or Pulse  [one of OnDelay, OffDelay, "
-              "Pulse]\n"
-              "    Time : Double = 500.00 ms  How long it waits\n"
-              "  signals\n"
-              "    In : DigitalInput    What is timed\n"
-              "    Out : DigitalOutput  Follows In according to Mode\n");
+    EXPECT_EQ(
+        result.out,
+        "Timer  (libtrelcomponents.so)\n"
+        "  Timer: OnDelay switches Out on when In has been on for Time, OffDelay switches it "
+        "off when In has been off for Time, Pulse switches it on for Time whenever In rises.\n"
+        "  properties\n"
+        "    Mode : String = OnDelay    OnDelay, OffDelay or Pulse  [one of OnDelay, OffDelay, "
+        "Pulse]\n"
+        "    Time : Double = 500.00 ms  How long it waits\n"
+        "  signals\n"
+        "    In : DigitalInput    What is timed\n"
+        "    Out : DigitalOutput  Follows In according to Mode\n");
 }
 
 TEST(Types, OfAllLibrariesAreListedByName) {
@@ -101,16 +104,17 @@ TEST_F(TypeLibraries, ANameThatIsNowhereIsAnsweredWithThePlaces) {
 TEST_F(TypeLibraries, OneThatBringsATypeOfAnotherIsNamedWithIt) {
     const Result result = station({"types", "--components", library("Twice")});
     EXPECT_EQ(result.code, 3);
-    EXPECT_THAT(result.err, AllOf(StartsWith(library("Twice") + ": brings the type \"Timer\", which "),
-                                  HasSubstr("libtrelcomponents.so brings already; load one of them "
-                                            "alone, or rename the type\n")));
+    EXPECT_THAT(result.err,
+                AllOf(StartsWith(library("Twice") + ": brings the type \"Timer\", which "),
+                      HasSubstr("libtrelcomponents.so brings already; load one of them "
+                                "alone, or rename the type\n")));
 }
 
 TEST_F(TypeLibraries, OneThatIsGivenTwiceIsLoadedOnce) {
-    EXPECT_EQ(station({"types", "Bare", "--components", library("Odd"), "--components",
-                       library("Odd")})
-                  .code,
-              0);
+    EXPECT_EQ(
+        station({"types", "Bare", "--components", library("Odd"), "--components", library("Odd")})
+            .code,
+        0);
 }
 
 TEST_F(TypeLibraries, OneThatEndsTheProcessThatLoadsItIsNamed) {

@@ -50,10 +50,9 @@ protected:
     void SetUp() override {
         FolderTest::SetUp();
         const auto folder = sourceFolder() / "examples/pick_and_place";
-        const Result result =
-            station({"run", (folder / "station.xml").string(), "--scenario",
-                     (folder / "scenario.yaml").string(), "--vcd", path("run.vcd"), "--csv",
-                     path("run.csv")});
+        const Result result = station({"run", (folder / "station.xml").string(), "--scenario",
+                                       (folder / "scenario.yaml").string(), "--vcd",
+                                       path("run.vcd"), "--csv", path("run.csv")});
         ASSERT_EQ(result.code, 0) << result.err;
     }
 

@@ -91,8 +91,7 @@ private:
 
     static std::string number(const std::string& bits) {
         if (bits.find('x') != std::string::npos) return "x";
-        return std::to_string(
-            static_cast<std::int32_t>(std::bitset<32>(bits).to_ulong()));
+        return std::to_string(static_cast<std::int32_t>(std::bitset<32>(bits).to_ulong()));
     }
 
     static std::string real(const std::string& text) {

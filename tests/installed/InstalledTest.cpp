@@ -84,8 +84,9 @@ TEST_F(Installed, WhoFollowsThePageOnComponentTypesHasOneThatRuns) {
 }
 
 TEST_F(Installed, AProgramFindsTheLibraryByPkgConfig) {
-    write("main.cpp", "#include \"smartcomp/StationLogic.h\"\n"
-                      "int main() { return trel::smartcomp::StationLogic::inst()->id() == 2 ? 0 : 1; }\n");
+    write("main.cpp",
+          "#include \"smartcomp/StationLogic.h\"\n"
+          "int main() { return trel::smartcomp::StationLogic::inst()->id() == 2 ? 0 : 1; }\n");
     carryOut("export PKG_CONFIG_PATH=trel/lib/pkgconfig\n"
              "test $(pkg-config --modversion trelsmartcomp) = " VERSION "\n"
              "$CXX $CXXFLAGS main.cpp -o main $(pkg-config --cflags --libs trelsmartcomp) "

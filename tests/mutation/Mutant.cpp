@@ -14,8 +14,7 @@ unsigned char nobodyAsks[most];
 // Before any constructor of the library. The bytes are those of a file, so that
 // they outlive a process that dies.
 [[gnu::constructor(101)]] void begin() {
-    if (const char* const number = std::getenv("TREL_MUTANT"))
-        trelActiveMutant = std::atoi(number);
+    if (const char* const number = std::getenv("TREL_MUTANT")) trelActiveMutant = std::atoi(number);
     const char* const name = std::getenv("TREL_MUTANTS_REACHED");
     if (!name) return;
     const int file = ::open(name, O_RDWR | O_CREAT, 0666);

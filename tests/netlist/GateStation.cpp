@@ -23,8 +23,7 @@ GateStation::GateStation(const Netlist& netlist) {
 }
 
 GateStation::~GateStation() {
-    for (const auto& [name, component] : drivers_)
-        smartcomp::RemoveSmartComponent(component->id());
+    for (const auto& [name, component] : drivers_) smartcomp::RemoveSmartComponent(component->id());
 }
 
 void GateStation::set(const std::string& input, bool value) {

@@ -22,8 +22,8 @@ std::vector<std::string> words(std::string_view text) {
             continue;
         }
         const auto isName = [](unsigned char c) { return std::isalnum(c) || c == '_'; };
-        const auto length = static_cast<std::size_t>(
-            std::ranges::find_if_not(text, isName) - text.begin());
+        const auto length =
+            static_cast<std::size_t>(std::ranges::find_if_not(text, isName) - text.begin());
         if (!std::isspace(static_cast<unsigned char>(text.front())))
             result.emplace_back(text.substr(0, std::max<std::size_t>(length, 1)));
         text.remove_prefix(std::max<std::size_t>(length, 1));

@@ -108,10 +108,9 @@ Netlist multiplier() {
             for (unsigned bit = 0; bit != width; ++bit) {
                 const bool two = bit >= rest.size();
                 if (two && carry.empty()) throw std::logic_error("nothing to add");
-                const Sum sum = two ? addBits(netlist, product[bit], carry)
-                                : carry.empty()
-                                    ? addBits(netlist, product[bit], rest[bit])
-                                    : addBits(netlist, product[bit], rest[bit], carry);
+                const Sum sum = two             ? addBits(netlist, product[bit], carry)
+                                : carry.empty() ? addBits(netlist, product[bit], rest[bit])
+                                                : addBits(netlist, product[bit], rest[bit], carry);
                 sums.push_back(sum.sum);
                 carry = sum.carry;
             }
@@ -237,8 +236,8 @@ protected:
         const Result result = station({"run", path("s.xml"), "--scenario",
                                        write("s.yaml", scenario), "--watch", "*.Out"});
         EXPECT_EQ(result.code, 0) << result.err;
-        EXPECT_NE(result.out.find("expectations: " +
-                                  std::to_string(20 * netlist.outputs.size()) + " held, 0 failed"),
+        EXPECT_NE(result.out.find("expectations: " + std::to_string(20 * netlist.outputs.size()) +
+                                  " held, 0 failed"),
                   std::string::npos);
     }
 };

@@ -112,14 +112,10 @@ void registerTypes(const Model& plan) {
 
 const char* typeName(Kind kind) {
     switch (kind) {
-        case Kind::Plain:
-            return "Plain";
-        case Kind::Group:
-            return "Group";
-        case Kind::UserGroup:
-            return "UserGroup";
-        default:
-            return "";
+        case Kind::Plain: return "Plain";
+        case Kind::Group: return "Group";
+        case Kind::UserGroup: return "UserGroup";
+        default: return "";
     }
 }
 

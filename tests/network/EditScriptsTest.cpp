@@ -58,10 +58,8 @@ bool canHappen(Place place, WalkKind walk) {
         case Place::Override:
             return walk == WalkKind::None || walk == WalkKind::BindingOut ||
                    walk == WalkKind::BindingIn;
-        case Place::Question:
-            return walk == WalkKind::BindingOut;
-        default:
-            return true;
+        case Place::Question: return walk == WalkKind::BindingOut;
+        default: return true;
     }
 }
 

@@ -23,12 +23,10 @@ std::size_t next = 0;
 void set(const Edit& edit) {
     auto& component = live<SmartComponent>(edit.component);
     switch (edit.path) {
-        case Edit::Path::Static:
-            return component.setStaticSignalValue(edit.member, edit.value);
+        case Edit::Path::Static: return component.setStaticSignalValue(edit.member, edit.value);
         case Edit::Path::Dynamic:
             return component.handleSignalValue(edit.member, std::get<int>(edit.value), 17);
-        default:
-            return component.setPropertyValue(edit.member, edit.text);
+        default: return component.setPropertyValue(edit.member, edit.text);
     }
 }
 
@@ -37,7 +35,8 @@ void remove(const Edit& edit) {
         trel::smartcomp::RemoveSmartComponent(edit.component);
     else
         trel::smartcomp::RemoveSubSmartComponent(edit.component);
-    if (sdf::SdfManager::inst()->find(edit.component)) throw std::logic_error("a removed component is still in the table");
+    if (sdf::SdfManager::inst()->find(edit.component))
+        throw std::logic_error("a removed component is still in the table");
 }
 
 }  // namespace
@@ -79,9 +78,8 @@ void LiveEdits::apply(const Edit& edit) {
         case EditKind::AddConnection:
         case EditKind::AddBinding: {
             auto& group = live<Aggregation>(edit.component);
-            trel::smartcomp::Connection::Build(&group, group.getNextSgConnId(),
-                                               ends.srcComponent, ends.src, ends.dstComponent,
-                                               ends.dst, ends.index);
+            trel::smartcomp::Connection::Build(&group, group.getNextSgConnId(), ends.srcComponent,
+                                               ends.src, ends.dstComponent, ends.dst, ends.index);
             return;
         }
         case EditKind::Move:
@@ -101,10 +99,8 @@ void LiveEdits::apply(const Edit& edit) {
         case EditKind::DeleteProperty:
             return live<SmartComponent>(edit.component).deleteProperty(edit.member);
         case EditKind::SetSame:
-        case EditKind::SetOther:
-            return set(edit);
-        default:
-            return remove(edit);
+        case EditKind::SetOther: return set(edit);
+        default: return remove(edit);
     }
 }
 

@@ -13,12 +13,25 @@ constexpr const char* unknownKey = "out_of_range: invalid unordered_map<K, T> ke
 }  // namespace
 
 const std::map<std::string, std::string>& numberTexts() {
-    static const std::map<std::string, std::string> texts = {
-        {"1", "1"},       {"1.0", "1"},   {"2.50", "2.5"}, {"2.5", "2.5"},
-        {"-0.0", "-0"},   {"-0", "-0"},   {"1e3", "1000"}, {"1000", "1000"},
-        {"0", "0"},       {"0.1", "0.1"}, {"2", "2"},      {"10", "10"},
-        {"9999", "9999"}, {"x", ""},      {"", ""},        {"1,5", ""},
-        {"7 mm", ""},     {"abc", ""},    {"99999999999", "99999999999"}};
+    static const std::map<std::string, std::string> texts = {{"1", "1"},
+                                                             {"1.0", "1"},
+                                                             {"2.50", "2.5"},
+                                                             {"2.5", "2.5"},
+                                                             {"-0.0", "-0"},
+                                                             {"-0", "-0"},
+                                                             {"1e3", "1000"},
+                                                             {"1000", "1000"},
+                                                             {"0", "0"},
+                                                             {"0.1", "0.1"},
+                                                             {"2", "2"},
+                                                             {"10", "10"},
+                                                             {"9999", "9999"},
+                                                             {"x", ""},
+                                                             {"", ""},
+                                                             {"1,5", ""},
+                                                             {"7 mm", ""},
+                                                             {"abc", ""},
+                                                             {"99999999999", "99999999999"}};
     return texts;
 }
 
@@ -196,8 +209,7 @@ void Model::pulseAlong(WalkKind kind, Node& group, const Node& source, const Sig
 
 // A setting that has told of itself sends nothing when its signal, its component
 // or its group is gone by then.
-bool Model::isCutOff(WalkKind kind, const Node& node, unsigned member,
-                     std::size_t began) {
+bool Model::isCutOff(WalkKind kind, const Node& node, unsigned member, std::size_t began) {
     if (lostMember(kind, node.id, member, began)) {
         meet(EditRule::NothingSentFromGoneSource);
         return true;

@@ -73,14 +73,10 @@ void Model::apply(const Edit& edit) {
     Node& node = nodes.at(edit.component);
     switch (edit.kind) {
         case EditKind::DeleteConnection:
-        case EditKind::DeleteBinding:
-            return disconnect(node, edit.member);
+        case EditKind::DeleteBinding: return disconnect(node, edit.member);
         case EditKind::AddConnection:
-        case EditKind::AddBinding:
-            return connect(node, edit.member, edit.ends);
-        case EditKind::Move:
-            move(node, edit.member, edit.step);
-            return;
+        case EditKind::AddBinding: return connect(node, edit.member, edit.ends);
+        case EditKind::Move: move(node, edit.member, edit.step); return;
         case EditKind::ModifyConnection:
         case EditKind::ModifyBinding: {
             Connection& modified = node.connections.at(edit.member);
@@ -90,15 +86,11 @@ void Model::apply(const Edit& edit) {
             modified.serial = serial;
             return;
         }
-        case EditKind::DeleteSignal:
-            return deleteSignal(node, edit.member);
-        case EditKind::DeleteProperty:
-            return deleteProperty(node, edit.member);
+        case EditKind::DeleteSignal: return deleteSignal(node, edit.member);
+        case EditKind::DeleteProperty: return deleteProperty(node, edit.member);
         case EditKind::SetSame:
-        case EditKind::SetOther:
-            return set(edit);
-        default:
-            return remove(edit.component, edit.tellsParent);
+        case EditKind::SetOther: return set(edit);
+        default: return remove(edit.component, edit.tellsParent);
     }
 }
 
@@ -110,12 +102,10 @@ void Model::set(const Edit& edit) {
         std::vector<Walk>& walks_;
     } const apart(walks);
     switch (edit.path) {
-        case Edit::Path::Static:
-            return setStatic(edit.component, edit.member, edit.value);
+        case Edit::Path::Static: return setStatic(edit.component, edit.member, edit.value);
         case Edit::Path::Dynamic:
             return handleSignal(edit.component, edit.member, std::get<int>(edit.value));
-        default:
-            return setText(edit.component, edit.member, edit.text);
+        default: return setText(edit.component, edit.member, edit.text);
     }
 }
 

@@ -21,8 +21,7 @@ public:
     }
     ~Controller() override { sdf::SdfManager::Remove(id()); }
 
-    void setSignalValue(unsigned signalId, std::variant<int, double> value,
-                        bool dynamic) override {
+    void setSignalValue(unsigned signalId, std::variant<int, double> value, bool dynamic) override {
         LiveEdits::expectUnlocked();
         recorder_.log.push_back("controller " + std::to_string(id()) + " " +
                                 std::to_string(signalId) + " " + show(value) +

@@ -38,10 +38,10 @@ std::vector<unsigned> keysOf(const Table& table) {
 
 const char* nameOf(EditKind kind) {
     static constexpr std::array names = {
-        "delete a connection", "delete a binding",   "add a connection",  "add a binding",
-        "move a connection",   "modify a connection", "modify a binding", "delete a signal",
-        "delete a property",   "remove the sender",  "remove a destination", "remove a sibling",
-        "remove the parent",   "remove a grandparent", "set the same",    "set another"};
+        "delete a connection", "delete a binding",     "add a connection",     "add a binding",
+        "move a connection",   "modify a connection",  "modify a binding",     "delete a signal",
+        "delete a property",   "remove the sender",    "remove a destination", "remove a sibling",
+        "remove the parent",   "remove a grandparent", "set the same",         "set another"};
     return names[static_cast<std::size_t>(kind)];
 }
 
@@ -127,25 +127,20 @@ EditKind Script::rarest(Place place, WalkKind walk) {
 std::optional<Edit> Script::choose(const Called& at, EditKind kind) {
     switch (kind) {
         case EditKind::DeleteSignal:
-        case EditKind::DeleteProperty:
-            return editMember(at, kind);
+        case EditKind::DeleteProperty: return editMember(at, kind);
         case EditKind::RemoveSender:
         case EditKind::RemoveDestination:
         case EditKind::RemoveSibling:
         case EditKind::RemoveParent:
-        case EditKind::RemoveGrandparent:
-            return removeComponent(at, kind);
+        case EditKind::RemoveGrandparent: return removeComponent(at, kind);
         case EditKind::SetSame:
-        case EditKind::SetOther:
-            return setAgain(at, kind);
-        default:
-            return editConnection(at, kind);
+        case EditKind::SetOther: return setAgain(at, kind);
+        default: return editConnection(at, kind);
     }
 }
 
 // Mostly one that begins where the walk does.
-std::optional<unsigned> Script::anyConnection(const Called& at, const Node& group,
-                                              bool bindings) {
+std::optional<unsigned> Script::anyConnection(const Called& at, const Node& group, bool bindings) {
     std::vector<unsigned> all;
     std::vector<unsigned> ofTheWalk;
     for (const auto& [id, connection] : group.connections) {
@@ -189,8 +184,8 @@ std::optional<Edit> Script::editConnection(const Called& at, EditKind kind) {
         for (const auto& [id, connection] : group->connections)
             edit.member = std::max(edit.member, id + 1);
         if (!bindings)
-            edit.ends.index = static_cast<int>(
-                random_->below(static_cast<unsigned>(group->order.size()) + 1));
+            edit.ends.index =
+                static_cast<int>(random_->below(static_cast<unsigned>(group->order.size()) + 1));
         return edit;
     }
     const auto connection = anyConnection(at, *group, bindings);
@@ -218,16 +213,13 @@ std::optional<Edit> Script::editMember(const Called& at, EditKind kind) {
         case 3: {
             // A destination that is perhaps yet to come.
             const Node* const group = at.group();
-            const auto id = group ? anyConnection(at, *group, overBindings(at.walk))
-                                  : std::nullopt;
+            const auto id = group ? anyConnection(at, *group, overBindings(at.walk)) : std::nullopt;
             if (!id) return std::nullopt;
             edit.component = group->connections.at(*id).dstComponent;
             edit.member = group->connections.at(*id).dst;
             break;
         }
-        default:
-            edit.component = at.node.id;
-            edit.member = 1 + random_->below(3);
+        default: edit.component = at.node.id; edit.member = 1 + random_->below(3);
     }
     if (!isComponent(at.model, edit.component)) return std::nullopt;
     const Node& node = at.model.nodes.at(edit.component);
@@ -240,8 +232,7 @@ std::optional<Edit> Script::editMember(const Called& at, EditKind kind) {
 unsigned Script::removed(const Called& at, EditKind kind) {
     const Node* const group = at.group();
     switch (kind) {
-        case EditKind::RemoveSender:
-            return at.walk.group ? at.walk.component : at.node.id;
+        case EditKind::RemoveSender: return at.walk.group ? at.walk.component : at.node.id;
         case EditKind::RemoveDestination: {
             if (!at.walk.group || !group || random_->oneIn(2)) return at.node.id;
             const auto id = anyConnection(at, *group, overBindings(at.walk));
@@ -253,10 +244,8 @@ unsigned Script::removed(const Called& at, EditKind kind) {
             std::erase(siblings, at.walk.component);
             return siblings.empty() ? 0 : random_->from(siblings);
         }
-        case EditKind::RemoveParent:
-            return at.groupId();
-        default:
-            return group ? group->parent : 0;
+        case EditKind::RemoveParent: return at.groupId();
+        default: return group ? group->parent : 0;
     }
 }
 

@@ -102,8 +102,7 @@ void TwinStation::planMembers(Node& node) {
         signal.autoReset = random_.oneIn(5);
         signal.value = signal.analog ? Value(0.0) : Value(static_cast<int>(random_.below(2)));
         if (signal.input && node.kind == Kind::Plain && !random_.oneIn(3))
-            node.reactions.push_back({id, 1 + random_.below(signals),
-                                      random_.from<int>({1, 1, -1}),
+            node.reactions.push_back({id, 1 + random_.below(signals), random_.from<int>({1, 1, -1}),
                                       random_.from<int>({0, 0, 1})});
     }
     const unsigned properties = 1 + random_.below(3);
@@ -160,8 +159,8 @@ void TwinStation::planWiring(Node& group) {
         indices.insert(indices.begin() + random_.below(i + 1), i);
     group.order.resize(signals);
     for (unsigned i = 0; i != signals + bindings; ++i) {
-        Connection connection =
-            i < signals ? randomSignalConnection(group, ends) : randomBinding(ends);
+        Connection connection = i < signals ? randomSignalConnection(group, ends)
+                                            : randomBinding(ends);
         const unsigned id = 100 + 7 * i;
         if (i < signals) {
             connection.index = static_cast<int>(indices[i]);

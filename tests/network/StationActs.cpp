@@ -78,13 +78,13 @@ std::string TwinStation::tidy() {
     std::vector<unsigned> gone;
     for (const auto& [id, node] : model_.nodes)
         if (id >= firstId && !model_.nodes.contains(node.parent))
-            edits.push_back({.kind = EditKind::RemoveSibling, .component = id,
-                             .tellsParent = false});
+            edits.push_back(
+                {.kind = EditKind::RemoveSibling, .component = id, .tellsParent = false});
     for (const auto& [id, node] : model_.nodes)
         for (const auto& [connectionId, connection] : node.connections)
             if (!leadsSomewhere(connection) && !random_.oneIn(10))
-                edits.push_back({.kind = EditKind::DeleteConnection, .component = id,
-                                 .member = connectionId});
+                edits.push_back(
+                    {.kind = EditKind::DeleteConnection, .component = id, .member = connectionId});
     for (const Edit& edit : edits) {
         if (!model_.nodes.contains(edit.component)) continue;
         model_.apply(edit);
@@ -105,7 +105,8 @@ bool TwinStation::leadsSomewhere(const Connection& connection) const {
 // where another does: a value shall have many ways to go.
 Edit TwinStation::wire(const Node& group, const Node& child, bool binding) {
     Edit edit{.kind = binding ? EditKind::AddBinding : EditKind::AddConnection,
-              .component = group.id, .member = 1};
+              .component = group.id,
+              .member = 1};
     edit.ends = Script::randomEnds(random_, model_, group);
     if (random_.oneIn(2)) edit.ends.srcComponent = random_.oneIn(2) ? group.id : child.id;
     if (!random_.oneIn(3)) edit.ends.dstComponent = child.id;
@@ -261,8 +262,8 @@ std::string TwinStation::edit() {
         Connection made = random_.oneIn(2) ? randomBinding(ends)
                                            : randomSignalConnection(group, ends);
         if (made.index >= 0)
-            made.index = static_cast<int>(
-                random_.below(static_cast<unsigned>(group.order.size()) + 1));
+            made.index =
+                static_cast<int>(random_.below(static_cast<unsigned>(group.order.size()) + 1));
         const unsigned id = ids.empty() ? 1 : ids.back() + 1;
         model_.connect(group, id, made);
         trel::smartcomp::Connection::Build(&real, real.getNextSgConnId(), made.srcComponent,
@@ -288,8 +289,7 @@ std::string TwinStation::edit() {
 std::string TwinStation::compare(const std::string& what, const std::string& thrown,
                                  const std::string& expected) {
     std::string text;
-    if (thrown != expected)
-        text += "  threw \"" + thrown + "\", expected \"" + expected + "\"\n";
+    if (thrown != expected) text += "  threw \"" + thrown + "\", expected \"" + expected + "\"\n";
     if (recorder_->log != model_.log)
         text += "  happened:\n" + joined(recorder_->log) + "  expected:\n" + joined(model_.log);
     text += differences();

@@ -60,8 +60,7 @@ bool isMirror(const trel::smartcomp::Connection& real, const Connection& connect
     return real.matchSrc(connection.srcComponent, connection.src) &&
            real.matchDst(connection.dstComponent, connection.dst) &&
            real.isBinding() == (connection.index < 0) &&
-           real.element()->asUInt64("source") ==
-               packed(connection.srcComponent, connection.src) &&
+           real.element()->asUInt64("source") == packed(connection.srcComponent, connection.src) &&
            real.element()->asUInt64("destination") ==
                packed(connection.dstComponent, connection.dst);
 }
@@ -69,8 +68,7 @@ bool isMirror(const trel::smartcomp::Connection& real, const Connection& connect
 // Writes down what of a component differs.
 class Comparison {
 public:
-    explicit Comparison(const Node& node)
-        : node_(node), component_(live<SmartComponent>(node.id)) {
+    explicit Comparison(const Node& node) : node_(node), component_(live<SmartComponent>(node.id)) {
         members();
         if (node.isAggregation()) group(dynamic_cast<Aggregation&>(component_));
     }
@@ -91,8 +89,7 @@ private:
                "signals in the document");
         if (!text.empty()) return;
         for (const auto& [id, signal] : node_.signals) {
-            auto& real =
-                dynamic_cast<trel::smartcomp::SCSignal&>(*component_.getSignal(id));
+            auto& real = dynamic_cast<trel::smartcomp::SCSignal&>(*component_.getSignal(id));
             expect(real.getValue() == signal.value, signal.name);
             expect(holds(real.element()->get("value")->value(), signal.value),
                    signal.name + " in the document");

@@ -185,9 +185,9 @@ TEST(MalformedFile, ThatIsMissingIsNamed) {
 
 TEST(MalformedFile, ThatIsAFolderIsNamed) {
     const TemporaryFolder folder;
-    expectThrow<DocumentError>(
-        folder.path().string() + ": the file cannot be read: Is a directory; a file is expected",
-        [&] { Document::read(folder.path()); });
+    expectThrow<DocumentError>(folder.path().string() +
+                                   ": the file cannot be read: Is a directory; a file is expected",
+                               [&] { Document::read(folder.path()); });
 }
 
 TEST(DocumentError, HasNoPlaceInItsTextWhereThereIsNone) {

@@ -110,7 +110,7 @@ TEST(DocumentForm, IsGivenToForeignFilesAtTheirFirstSave) {
 TEST(DocumentForm, KeepsTheTypeOfEveryValue) {
     const Document document = Document::read(testFiles() / "roundtrip" / "value_types.xml");
     const auto values = document.root()->get("values");
-    const std::vector<std::string> types = {"string", "bool", "bool", "int",  "int",
+    const std::vector<std::string> types = {"string", "bool",   "bool",   "int",  "int",
                                             "uint",   "uint64", "double", "vec3", "pose"};
     std::size_t i = 0;
     for (const Element* e = values->firstChild(); e; e = e->nextSibling())

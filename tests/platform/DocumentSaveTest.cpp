@@ -1,5 +1,5 @@
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -137,8 +137,7 @@ TEST_F(Saving, SaysThatTheNameIsTooLong) {
 }
 
 TEST_F(Saving, DoesNotReplaceADevice) {
-    expectFault("/dev/full",
-                "the file cannot be replaced: it is a device; a file is expected");
+    expectFault("/dev/full", "the file cannot be replaced: it is a device; a file is expected");
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
 }
 

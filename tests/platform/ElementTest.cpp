@@ -50,14 +50,16 @@ TEST(Element, ATagMustBeAnXmlName) {
     for (const char* tag : {"", "1st", "two words", "a<b", "-x", "\xC3", "\xC3\x97"})
         EXPECT_THROW(Element::Create(tag), std::invalid_argument) << tag;
     expectThrow<std::invalid_argument>(noName, [] { Element::Create("not a name"); });
-    for (const char* tag : {"a", "_", "a-1.b", "ns:a", "gr\xC3\xB6\xC3\x9F" "e"})
+    for (const char* tag : {"a", "_", "a-1.b", "ns:a",
+                            "gr\xC3\xB6\xC3\x9F"
+                            "e"})
         EXPECT_EQ(Element::Create(tag)->tag(), tag);
 }
 
 TEST(Element, AnInstructionAndAnAttributeNeedANameToo) {
     for (const auto kind : {Element::Kind::Instruction, Element::Kind::Attribute})
-        expectThrow<std::invalid_argument>(
-            noName, [&] { Element::CreateNote(kind, "not a name", "x"); });
+        expectThrow<std::invalid_argument>(noName,
+                                           [&] { Element::CreateNote(kind, "not a name", "x"); });
     EXPECT_NO_THROW(Element::CreateNote(Element::Kind::Comment, "", "x"));
 }
 

@@ -109,8 +109,7 @@ TEST(Station, RoundTripsEveryFileOfItsForm) {
 TEST(Station, GivesForeignFilesItsForm) {
     for (const auto& file : xmlFilesIn(testFiles() / "foreign")) {
         station().open(file);
-        EXPECT_EQ(station().text(),
-                  bytesOf(std::filesystem::path(file).replace_extension(".own")))
+        EXPECT_EQ(station().text(), bytesOf(std::filesystem::path(file).replace_extension(".own")))
             << file;
     }
 }
@@ -133,8 +132,9 @@ TEST(Station, OpensNothingWhileItsLogicLives) {
             "the station logic lives and is bound to its station; another station takes another "
             "process";
         expectThrow<std::logic_error>(bound, [] { open("<station id='1' name='B'/>"); });
-        expectThrow<std::logic_error>(
-            bound, [] { station().open(testFiles() / "roundtrip" / "comments.xml"); });
+        expectThrow<std::logic_error>(bound, [] {
+            station().open(testFiles() / "roundtrip" / "comments.xml");
+        });
         EXPECT_EQ(GetStationElem(), element);
         EXPECT_EQ(SdfManager::inst()->find(1)->element(), element);
     }

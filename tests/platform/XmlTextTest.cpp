@@ -20,9 +20,9 @@ TEST(XmlText, DecodesCharactersOfEveryLength) {
 }
 
 TEST(XmlText, RefusesWhatIsNoUtf8) {
-    for (const char* bytes : {"\x80", "\xC0\x80", "\xC1\xBF", "\xC3", "\xC3(", "\xE0\x80\x80",
-                              "\xED\xA0\x80", "\xE2\x82", "\xF0\x80\x80\x80", "\xF4\x90\x80\x80",
-                              "\xF5\x80\x80\x80", "\xFF"})
+    for (const char* bytes :
+         {"\x80", "\xC0\x80", "\xC1\xBF", "\xC3", "\xC3(", "\xE0\x80\x80", "\xED\xA0\x80",
+          "\xE2\x82", "\xF0\x80\x80\x80", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF"})
         EXPECT_EQ(decode(bytes).length, 0u) << bytes;
 }
 
@@ -49,8 +49,13 @@ TEST(XmlText, KnowsNames) {
 
 TEST(XmlText, AQuotedTextStaysOnOneLineAndShort) {
     EXPECT_EQ(quoted("a b"), "\"a b\"");
-    EXPECT_EQ(quoted("a\nb\x01\xFF" "c"), "\"a?b??c\"");
-    EXPECT_EQ(quoted("gr\xC3\xB6\xC3\x9F" "er"), "\"gr\xC3\xB6\xC3\x9F" "er\"");
+    EXPECT_EQ(quoted("a\nb\x01\xFF"
+                     "c"),
+              "\"a?b??c\"");
+    EXPECT_EQ(quoted("gr\xC3\xB6\xC3\x9F"
+                     "er"),
+              "\"gr\xC3\xB6\xC3\x9F"
+              "er\"");
     EXPECT_LT(sdf::xml::quoted(std::string(10000, 'x')).size(), 80u);
 }
 

@@ -143,10 +143,8 @@ TEST_F(AggregationTest, AnIndexBeyondTheSignedNumbersIsNoPlace) {
 }
 
 TEST_F(AggregationTest, OfTwoConnectionsWithOneIdTheLaterIsLoaded) {
-    Box& box = draft()
-                   .connection(1, {10, 1}, {11, 1}, 0)
-                   .connection(1, {10, 2}, {11, 2}, 0)
-                   .make<Box>();
+    Box& box =
+        draft().connection(1, {10, 1}, {11, 1}, 0).connection(1, {10, 2}, {11, 2}, 0).make<Box>();
     EXPECT_EQ(orderOf(box), Ids{1});
     EXPECT_EQ(tableOf(box).size(), 1u);
     EXPECT_EQ(box.getConnection(1)->getSrcSignalId(), 2u);
@@ -434,9 +432,8 @@ TEST_F(AggregationTest, ACopySharesTheConnectionsOfItsSource) {
 }
 
 TEST_F(AggregationTest, ADyingAggregationDestroysItsConnectionsAndKeepsTheirElements) {
-    const Draft whole = draft()
-                            .connection(1, {10, 1}, {11, 1}, 0)
-                            .connection(2, {10, 2}, {11, 2}, std::nullopt);
+    const Draft whole =
+        draft().connection(1, {10, 1}, {11, 1}, 0).connection(2, {10, 2}, {11, 2}, std::nullopt);
     { const Box box(whole.element(), sdf::ObjectType::Component); }
     const auto elements = whole.element()->children("connection");
     ASSERT_EQ(elements.size(), 2u);

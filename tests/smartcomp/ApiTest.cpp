@@ -33,9 +33,8 @@ constexpr bool is = std::is_same_v<Type, decltype(member)>;
 
 // Copied and moved member by member.
 template <typename Type>
-constexpr bool isCopied =
-    std::is_copy_constructible_v<Type> && std::is_copy_assignable_v<Type> &&
-    std::is_move_constructible_v<Type> && std::is_move_assignable_v<Type>;
+constexpr bool isCopied = std::is_copy_constructible_v<Type> && std::is_copy_assignable_v<Type> &&
+                          std::is_move_constructible_v<Type> && std::is_move_assignable_v<Type>;
 
 }  // namespace
 
@@ -76,8 +75,8 @@ TEST(ApiTest, Connection) {
     using C = Connection;
     static_assert(std::is_base_of_v<sdf::SdfObject, C> && isCopied<C>);
     static_assert(!std::is_constructible_v<C, ElementPtr>);
-    static_assert(is<C* (*)(Aggregation*, unsigned, unsigned, unsigned, unsigned, unsigned, int),
-                     &C::Build>);
+    static_assert(
+        is<C* (*)(Aggregation*, unsigned, unsigned, unsigned, unsigned, unsigned, int), &C::Build>);
     static_assert(is<C* (*)(Aggregation*, ElementPtr), &C::Create>);
     static_assert(is<unsigned (*)(ElementPtr), &C::GetComponentId> &&
                   is<void (*)(ElementPtr, unsigned), &C::SetComponentId>);
@@ -109,10 +108,10 @@ TEST(ApiTest, SmartComponent) {
                   is<bool (C::*)(unsigned, sdf::SdfObject*) const, &C::checkPropertyObjectType> &&
                   is<std::vector<std::string> (C::*)(unsigned, Text), &C::getEnumPropertyList> &&
                   is<unsigned (C::*)(unsigned) const, &C::getDependentPropId>);
-    static_assert(is<rob::Vec3Template<double> (C::*)(
-                         unsigned, const std::unordered_map<unsigned, std::string>&, float, float,
-                         float),
-                     &C::getDisplayVec3>);
+    static_assert(
+        is<rob::Vec3Template<double> (C::*)(
+               unsigned, const std::unordered_map<unsigned, std::string>&, float, float, float),
+           &C::getDisplayVec3>);
     static_assert(is<void (C::*)(unsigned, double&) const, &C::getPropertyDouble> &&
                   is<void (C::*)(unsigned, rob::XYZTemplate<double>&) const, &C::getPropertyXYZ>);
     static_assert(is<void (C::*)(unsigned, SignalValue), &C::setStaticSignalValue> &&
@@ -147,11 +146,11 @@ TEST(ApiTest, StationLogicAndSensor) {
     static_assert(std::is_base_of_v<Aggregation, StationLogic>);
     static_assert(!std::is_default_constructible_v<StationLogic> &&
                   !std::is_destructible_v<StationLogic>);
-    static_assert(is<StationLogic* (*)(), &StationLogic::inst> &&
-                  is<void (StationLogic::*)(unsigned), &StationLogic::addController> &&
-                  is<void (StationLogic::*)(unsigned), &StationLogic::removeController> &&
-                  is<bool (StationLogic::*)(unsigned) const,
-                     &StationLogic::isObjectUsedByComponent>);
+    static_assert(
+        is<StationLogic* (*)(), &StationLogic::inst> &&
+        is<void (StationLogic::*)(unsigned), &StationLogic::addController> &&
+        is<void (StationLogic::*)(unsigned), &StationLogic::removeController> &&
+        is<bool (StationLogic::*)(unsigned) const, &StationLogic::isObjectUsedByComponent>);
     static_assert(std::is_base_of_v<SmartComponent, Sensor> && std::is_abstract_v<Sensor>);
     static_assert(is<rob::Vec3Template<double> (Sensor::*)() const, &Sensor::getSensorPosition> &&
                   is<void (Sensor::*)(const rob::Transform&), &Sensor::transform>);
@@ -162,22 +161,21 @@ TEST(ApiTest, ManagerAndLifecycle) {
     using Position = std::optional<std::pair<int, int>>;
     static_assert(!std::is_default_constructible_v<Manager> && !std::is_destructible_v<Manager> &&
                   !std::is_copy_constructible_v<Manager>);
-    static_assert(is<Manager* (*)(), &Manager::inst> &&
-                  is<void (Manager::*)(std::string_view, Make, Make, QString (*)()),
-                     &Manager::registerType> &&
-                  is<void (Manager::*)(std::string_view,
-                                       void (*)(visual::Visual*, SmartComponent*)),
-                     &Manager::registerVisualType>);
-    static_assert(is<Make, &Create> &&
-                  is<SmartComponent* (*)(Text, unsigned, Text, unsigned), &Build> &&
-                  is<SmartComponent* (*)(ElementPtr, const std::vector<ElementPtr>&,
-                                         const Position&),
-                     &Recover> &&
-                  is<void (*)(), &Load> && is<void (*)(unsigned), &RemoveSmartComponent> &&
-                  is<void (*)(unsigned), &RemoveSubSmartComponent> &&
-                  is<const std::list<SmartComponent*>& (*)(), &GetAllSmartComponents> &&
-                  is<void (*)(SmartComponent*, visual::Visual*), &BuildVisual> &&
-                  is<ElementPtr (*)(SmartComponent*), &ElementBuilder::Build>);
+    static_assert(
+        is<Manager* (*)(), &Manager::inst> &&
+        is<void (Manager::*)(std::string_view, Make, Make, QString (*)()),
+           &Manager::registerType> &&
+        is<void (Manager::*)(std::string_view, void (*)(visual::Visual*, SmartComponent*)),
+           &Manager::registerVisualType>);
+    static_assert(
+        is<Make, &Create> && is<SmartComponent* (*)(Text, unsigned, Text, unsigned), &Build> &&
+        is<SmartComponent* (*)(ElementPtr, const std::vector<ElementPtr>&, const Position&),
+           &Recover> &&
+        is<void (*)(), &Load> && is<void (*)(unsigned), &RemoveSmartComponent> &&
+        is<void (*)(unsigned), &RemoveSubSmartComponent> &&
+        is<const std::list<SmartComponent*>& (*)(), &GetAllSmartComponents> &&
+        is<void (*)(SmartComponent*, visual::Visual*), &BuildVisual> &&
+        is<ElementPtr (*)(SmartComponent*), &ElementBuilder::Build>);
 }
 
 }  // namespace trel::smartcomp

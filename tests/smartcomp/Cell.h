@@ -17,10 +17,10 @@
 #include "smartcomp/StationLogic.h"
 #include "tests/smartcomp/Draft.h"
 #include "tests/smartcomp/EventLog.h"
-#include "tests/support/Expect.h"
 #include "tests/smartcomp/Leaks.h"
-#include "tests/support/Reach.h"
 #include "tests/smartcomp/Types.h"
+#include "tests/support/Expect.h"
+#include "tests/support/Reach.h"
 
 namespace trel::test {
 

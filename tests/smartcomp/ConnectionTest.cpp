@@ -53,8 +53,7 @@ TEST_F(ConnectionTest, BuildMakesAnElementWithTypedChildren) {
 
     sdf::Element& element = elementFor(3);
     EXPECT_EQ(connection.element().get(), &element);
-    EXPECT_EQ(std::any_cast<unsigned long long>(element.get("source")->value()),
-              (5ull << 32) | 7u);
+    EXPECT_EQ(std::any_cast<unsigned long long>(element.get("source")->value()), (5ull << 32) | 7u);
     EXPECT_EQ(std::any_cast<unsigned long long>(element.get("destination")->value()),
               (6ull << 32) | 8u);
     EXPECT_EQ(std::any_cast<unsigned>(element.get("index")->value()), 0u);
@@ -202,8 +201,8 @@ TEST_F(ConnectionTest, ModifyWritesOnlyTheEndThatChanges) {
     Connection& connection = build(3, 0);
     freshLog();
     connection.modify(5, 70, 6, 8);
-    EXPECT_EQ(log().writes(), Lines{"write Box/connection 3/source uint64 " +
-                                    std::to_string(packed({5, 70}))});
+    EXPECT_EQ(log().writes(),
+              Lines{"write Box/connection 3/source uint64 " + std::to_string(packed({5, 70}))});
     freshLog();
     connection.modify(5, 70, 60, 8);
     EXPECT_EQ(log().writes(), Lines{"write Box/connection 3/destination uint64 " +

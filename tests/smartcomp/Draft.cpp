@@ -72,8 +72,7 @@ Draft& Draft::autoReset(unsigned id, const std::string& name, const std::string&
     return *this;
 }
 
-Draft& Draft::connection(unsigned id, End source, End destination,
-                         std::optional<unsigned> index) {
+Draft& Draft::connection(unsigned id, End source, End destination, std::optional<unsigned> index) {
     const auto connection = element_->append("connection")->setId(id);
     write(*connection, "source", packed(source));
     write(*connection, "destination", packed(destination));

@@ -87,8 +87,8 @@ TEST_F(DynamicSignalTest, AnyTimeIsPassedOnUnchanged) {
                                  std::numeric_limits<long long>::max()}) {
         freshLog();
         a.handleSignalValue(2, ++value, time);
-        EXPECT_EQ(inputs("B"), Lines{"B.input 1 = " + std::to_string(value) + " at " +
-                                     std::to_string(time)});
+        EXPECT_EQ(inputs("B"),
+                  Lines{"B.input 1 = " + std::to_string(value) + " at " + std::to_string(time)});
     }
 }
 
@@ -161,9 +161,9 @@ TEST_F(DynamicSignalTest, EachDeliveryRunsToItsEndBeforeTheNext) {
     a.handleSignalValue(2, 1, 5);
     EXPECT_EQ(log().startingWith("write").size(), 2u);
     EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10",
-                     "B.input 1 = 1 at 5", "write B/signal 2/value int 1",
-                     "notice signal 2 of 11", "C.input 1 = 1 at 5", "D.input 1 = 1 at 5"}));
+              (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10", "B.input 1 = 1 at 5",
+                     "write B/signal 2/value int 1", "notice signal 2 of 11", "C.input 1 = 1 at 5",
+                     "D.input 1 = 1 at 5"}));
 }
 
 // ---- Controllers and what is none

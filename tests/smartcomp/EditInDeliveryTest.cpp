@@ -122,14 +122,11 @@ protected:
     static void send() {
         switch (GetParam()) {
             case Path::StaticOut:
-            case Path::StaticIn:
-                return source().setStaticSignalValue(sourceEnd().member, 1);
+            case Path::StaticIn: return source().setStaticSignalValue(sourceEnd().member, 1);
             case Path::DynamicOut:
-            case Path::DynamicIn:
-                return source().handleSignalValue(sourceEnd().member, 1, 5);
+            case Path::DynamicIn: return source().handleSignalValue(sourceEnd().member, 1, 5);
             case Path::BindingOut:
-            case Path::BindingIn:
-                return source().setPropertyValue(sourceEnd().member, "new");
+            case Path::BindingIn: return source().setPropertyValue(sourceEnd().member, "new");
         }
     }
 
@@ -227,8 +224,8 @@ TEST_P(EditInDelivery, AModifiedConnectionIsServedWithItsNewDestination) {
         auto& table = isBinding() ? *cell().getBinding(second()) : *cell().getConnection(second());
         table.modify(component, member, 15, 1);
     });
-    EXPECT_EQ(reached(), (std::vector<unsigned>{destinationOf(first()), 15,
-                                                destinationOf(third())}));
+    EXPECT_EQ(reached(),
+              (std::vector<unsigned>{destinationOf(first()), 15, destinationOf(third())}));
 }
 
 TEST_P(EditInDelivery, AConnectionThatNoLongerBeginsHereGetsNothing) {
@@ -240,9 +237,8 @@ TEST_P(EditInDelivery, AConnectionThatNoLongerBeginsHereGetsNothing) {
 }
 
 TEST_P(EditInDelivery, ARemovedDestinationNotYetReachedGetsNothing) {
-    sendAnd(destinationOf(first()), [&] {
-        smartcomp::RemoveSmartComponent(destinationOf(second()));
-    });
+    sendAnd(destinationOf(first()),
+            [&] { smartcomp::RemoveSmartComponent(destinationOf(second())); });
     EXPECT_EQ(reached(), destinations({first(), third()}));
 }
 

@@ -13,8 +13,8 @@
 namespace trel::test {
 
 std::string text(SignalValue value) {
-    const std::any held =
-        value.index() == 0 ? std::any(std::get<int>(value)) : std::any(std::get<double>(value));
+    const std::any held = value.index() == 0 ? std::any(std::get<int>(value))
+                                             : std::any(std::get<double>(value));
     return sdf::Attr::Type(held.type()) + " " + sdf::valuetext::render(held);
 }
 
@@ -56,8 +56,7 @@ void EventLog::scSignalValueChanged(unsigned signalId, unsigned componentId) {
 }
 
 void EventLog::signalConnectionDeleted(unsigned connectionId, unsigned stationLogicId) {
-    add("notice deleted " + std::to_string(connectionId) + " of " +
-        std::to_string(stationLogicId));
+    add("notice deleted " + std::to_string(connectionId) + " of " + std::to_string(stationLogicId));
 }
 
 void EventLog::setVisualPose(unsigned objectId, const rob::PoseTemplate<double>& pose) {

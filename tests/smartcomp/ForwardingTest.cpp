@@ -84,10 +84,9 @@ TEST_F(ForwardingTest, AnAutoResetInputDeliversValueAnd0ConnectionByConnection) 
 TEST_F(ForwardingTest, AnInputWithoutConnectionsIsStillSetResetAndTold) {
     box().handleInputSignal(1, 5, 7);
     box().handleInputSignal(3, 5, 7);
-    EXPECT_EQ(log().lines(),
-              (Lines{"write Box/signal 1/value int 5", "notice signal 1 of 10",
-                     "write Box/signal 3/value int 5", "write Box/signal 3/value int 0",
-                     "notice signal 3 of 10"}));
+    EXPECT_EQ(log().lines(), (Lines{"write Box/signal 1/value int 5", "notice signal 1 of 10",
+                                    "write Box/signal 3/value int 5",
+                                    "write Box/signal 3/value int 0", "notice signal 3 of 10"}));
 }
 
 TEST_F(ForwardingTest, ADynamicInputIsNeitherComparedNorGuarded) {
@@ -172,11 +171,10 @@ TEST_F(ForwardingTest, AStaticAutoResetInputForwardsValueAndInt0) {
     connect(box(), {10, 4}, {11, 1});
     freshLog();
     box().setStaticSignalValue(4, 2.5);
-    EXPECT_EQ(log().lines(),
-              (Lines{"write Box/signal 4/value double 2.5", "write Box/signal 4/value int 0",
-                     "notice signal 4 of 10", "write Left/signal 1/value double 2.5",
-                     "notice signal 1 of 11", "write Left/signal 1/value int 0",
-                     "notice signal 1 of 11"}));
+    EXPECT_EQ(log().lines(), (Lines{"write Box/signal 4/value double 2.5",
+                                    "write Box/signal 4/value int 0", "notice signal 4 of 10",
+                                    "write Left/signal 1/value double 2.5", "notice signal 1 of 11",
+                                    "write Left/signal 1/value int 0", "notice signal 1 of 11"}));
     EXPECT_EQ(valueOf(4), SignalValue(0));
 }
 

@@ -6,11 +6,11 @@
 namespace trel::test {
 
 // The assembler keeps each function's frame in the stack of what is allocated.
-#define TREL_LEAK(name)                         \
-    template <typename Action>                  \
+#define TREL_LEAK(name)                          \
+    template <typename Action>                   \
     [[gnu::noinline]] void name(Action action) { \
-        action();                               \
-        asm volatile("" ::: "memory");          \
+        action();                                \
+        asm volatile("" ::: "memory");           \
     }
 
 /// The test copies an object that shares what its source owns, and never

@@ -184,9 +184,7 @@ TEST_F(LifecycleTest, BuildTellsTheParentAndGivesNoPosition) {
 
 TEST_F(LifecycleTest, BuildTellsTheParentBeforeTheElementIsMade) {
     Lines order;
-    log().whenWritten = [&](sdf::Element& element) {
-        order.push_back(element.tag());
-    };
+    log().whenWritten = [&](sdf::Element& element) { order.push_back(element.tag()); };
     Build("Plain", 10, "Lamp", logicId);
     const auto child = std::find(order.begin(), order.end(), "child");
     const auto type = std::find(order.begin(), order.end(), "type");
@@ -304,8 +302,9 @@ TEST_F(LifecycleTest, RecoverBringsBackWhatTheComponentContainedInOrder) {
 TEST_F(LifecycleTest, RecoverUnderAnUnknownParentThrowsOnceTheComponentsStand) {
     const Draft lamp = Draft("Plain", 10, "Lamp").in(noSuchId);
     const Draft inner = Draft("Plain", 11, "Inner").in(10);
-    expectThrow<std::out_of_range>(
-        noKey, [&] { Recover(lamp.element(), {inner.element()}, std::pair{5, 6}); });
+    expectThrow<std::out_of_range>(noKey, [&] {
+        Recover(lamp.element(), {inner.element()}, std::pair{5, 6});
+    });
     EXPECT_EQ(names(), (Lines{"Lamp", "Inner"}));
     EXPECT_TRUE(isInTable(10));
     EXPECT_TRUE(isInTable(11));

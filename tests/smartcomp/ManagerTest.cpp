@@ -112,8 +112,7 @@ TEST_F(ManagerTest, NamesAreEqualByLengthAndBytes) {
 // The registering library keeps the text alive; the registry does not copy it.
 TEST_F(ManagerTest, ANameIsKeptWhereItStands) {
     static std::array<char, 5> name = {'M', 'i', 'n', 'e', 'A'};
-    Manager::inst()->registerType({name.data(), name.size()}, makePlain, makePlain,
-                                  describeFirst);
+    Manager::inst()->registerType({name.data(), name.size()}, makePlain, makePlain, describeFirst);
     EXPECT_EQ(descFuncOf("MineA"), describeFirst);
     name[4] = 'B';
     expectThrow<std::out_of_range>(noKey, [] { descFuncOf("MineA"); });

@@ -34,8 +34,7 @@ public:
         for (const auto& [id, property] : component.getProperties()) inspect(id, *property);
         for (const auto& [id, signal] : component.getSignals())
             inspect(id, dynamic_cast<SCSignal&>(*signal));
-        if (auto* const aggregation = dynamic_cast<Aggregation*>(&component))
-            inspect(*aggregation);
+        if (auto* const aggregation = dynamic_cast<Aggregation*>(&component)) inspect(*aggregation);
     }
 
     Lines faults;

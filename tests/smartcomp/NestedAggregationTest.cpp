@@ -80,17 +80,15 @@ TEST_F(NestedAggregationTest, ADynamicValueGoesInAndComesOut) {
 
     outer().handleSignalValue(1, 5, 7);
 
-    EXPECT_EQ(log().lines(),
-              (Lines{"write Outer/signal 1/value int 5", "notice signal 1 of 10",
-                     "write Inner/signal 1/value int 5", "notice signal 1 of 11",
-                     "Lamp.input 1 = 5 at 7",
-                     "write Lamp/signal 2/value int 5", "notice signal 2 of 12",
-                     "write Inner/signal 2/value int 5", "notice signal 2 of 11",
-                     "write Outer/signal 2/value int 5", "notice signal 2 of 10",
-                     "Horn.input 1 = 5 at 7"}));
-    for (SmartComponent* const c : {static_cast<SmartComponent*>(&outer()),
-                                    static_cast<SmartComponent*>(&inner()),
-                                    static_cast<SmartComponent*>(&lamp())})
+    EXPECT_EQ(log().lines(), (Lines{"write Outer/signal 1/value int 5", "notice signal 1 of 10",
+                                    "write Inner/signal 1/value int 5", "notice signal 1 of 11",
+                                    "Lamp.input 1 = 5 at 7", "write Lamp/signal 2/value int 5",
+                                    "notice signal 2 of 12", "write Inner/signal 2/value int 5",
+                                    "notice signal 2 of 11", "write Outer/signal 2/value int 5",
+                                    "notice signal 2 of 10", "Horn.input 1 = 5 at 7"}));
+    for (SmartComponent* const c :
+         {static_cast<SmartComponent*>(&outer()), static_cast<SmartComponent*>(&inner()),
+          static_cast<SmartComponent*>(&lamp())})
         EXPECT_TRUE(settingSignals(*c).empty());
 }
 
@@ -98,8 +96,8 @@ TEST_F(NestedAggregationTest, AStaticValueGoesInAndStopsAtThePlainComponent) {
     connectThrough(1, 2);
     outer().setStaticSignalValue(1, 2.5);
     EXPECT_EQ(lamp().getSignal(1)->getValue(), SignalValue(2.5));
-    EXPECT_EQ(log().notices(), (Lines{"notice signal 1 of 10", "notice signal 1 of 11",
-                                      "notice signal 1 of 12"}));
+    EXPECT_EQ(log().notices(),
+              (Lines{"notice signal 1 of 10", "notice signal 1 of 11", "notice signal 1 of 12"}));
     EXPECT_EQ(horn().getSignal(1)->getValue(), SignalValue(0));
 }
 
@@ -211,9 +209,9 @@ TEST_F(NestedAggregationTest, BindingsInAndOutTogetherSettleSilently) {
     bind(inner(), {12, 1}, {11, 1});
     freshLog();
     inner().setPropertyValue(1, "new");
-    for (SmartComponent* const c : {static_cast<SmartComponent*>(&outer()),
-                                    static_cast<SmartComponent*>(&inner()),
-                                    static_cast<SmartComponent*>(&lamp())}) {
+    for (SmartComponent* const c :
+         {static_cast<SmartComponent*>(&outer()), static_cast<SmartComponent*>(&inner()),
+          static_cast<SmartComponent*>(&lamp())}) {
         EXPECT_EQ(c->getProperty(1)->value(), "new");
         EXPECT_TRUE(settingProperties(*c).empty());
     }

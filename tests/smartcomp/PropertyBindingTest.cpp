@@ -255,9 +255,7 @@ TEST_F(PropertyBindingTest, AnAggregationTakesAnyObject) {
 TEST_F(PropertyBindingTest, OnlyTheTypeOfTheSourceIsLookedAt) {
     Plain& source = make<Plain>("Plain", 10, "Source");
     auto& sink = make<Framed>("Framed", 11, "Sink");
-    sink.accepts = [](unsigned, sdf::SdfObject*) -> bool {
-        throw std::logic_error("nobody asks");
-    };
+    sink.accepts = [](unsigned, sdf::SdfObject*) -> bool { throw std::logic_error("nobody asks"); };
     bind(logic(), {10, 1}, {11, 2});
     source.setPropertyValue(1, "no id at all");
     EXPECT_EQ(textOf(sink, 2), "no id at all");
@@ -270,8 +268,8 @@ TEST_F(PropertyBindingTest, ABadObjectIdEscapesOnceTheSettingStands) {
         const unsigned id = bind(logic(), {10, 2}, {11, 1});
         freshLog();
         expect([&] { source.setPropertyValue(2, value); });
-        EXPECT_EQ(log().lines(), (Lines{"write Source/property 2 string " + value,
-                                        "notice property 2 of 10"}));
+        EXPECT_EQ(log().lines(),
+                  (Lines{"write Source/property 2 string " + value, "notice property 2 of 10"}));
         EXPECT_EQ(settingProperties(source).at(2), value);
         EXPECT_EQ(textOf(sink), "old");
         logic().deleteBinding(id);

@@ -48,9 +48,8 @@ protected:
         const double cy = std::cos(ry * half), sy = std::sin(ry * half);
         const double cz = std::cos(rz * half), sz = std::sin(rz * half);
         std::string text;
-        for (const double n :
-             {cx * cy * cz + sx * sy * sz, sx * cy * cz - cx * sy * sz,
-              cx * sy * cz + sx * cy * sz, cx * cy * sz - sx * sy * cz}) {
+        for (const double n : {cx * cy * cz + sx * sy * sz, sx * cy * cz - cx * sy * sz,
+                               cx * sy * cz + sx * cy * sz, cx * cy * sz - sx * sy * cz}) {
             if (!text.empty()) text += ' ';
             text += sdf::valuetext::render(std::any(n));
         }
@@ -313,10 +312,11 @@ TEST_F(PropertyDisplayTest, NumbersAreThoseOfStreamsInEveryLocale) {
             << v[2] << " mm";
         return out.str();
     };
-    std::vector<std::string> texts = {"1e400 1 2",  "-1e400",     "1e-400 1 2", "-4.9e-324 2",
-                                      "1e308 -1e308 0.005", "+1 -.5 5.", "0x10 1",     "inf 1",
-                                      "1e 2",       "1e+ 2",      "..1",        "1.5.25 3",
-                                      "1e2e3 4",    "\t1\n2\v3",  "-0 0.4 0",   "- 1"};
+    std::vector<std::string> texts = {
+        "1e400 1 2", "-1e400",   "1e-400 1 2", "-4.9e-324 2", "1e308 -1e308 0.005",
+        "+1 -.5 5.", "0x10 1",   "inf 1",      "1e 2",        "1e+ 2",
+        "..1",       "1.5.25 3", "1e2e3 4",    "\t1\n2\v3",   "-0 0.4 0",
+        "- 1"};
     std::mt19937 random(1);
     for (int i = 0; i != 3000; ++i) {
         std::string& text = texts.emplace_back();

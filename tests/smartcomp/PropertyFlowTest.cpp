@@ -41,8 +41,7 @@ using XYZ = rob::XYZTemplate<double>;
 
 TEST_F(PropertyFlowTest, TheDocumentIsWrittenThenTheBrokerIsTold) {
     lamp().setPropertyValue(1, "7.0");
-    EXPECT_EQ(log().lines(),
-              (Lines{"write Lamp/property 1 double 7", "notice property 1 of 10"}));
+    EXPECT_EQ(log().lines(), (Lines{"write Lamp/property 1 double 7", "notice property 1 of 10"}));
     EXPECT_EQ(lamp().getProperty(1)->value(), "7");
     EXPECT_EQ(lamp().getProperty(1)->element()->asDouble(""), 7.0);
 }
@@ -70,8 +69,7 @@ TEST_F(PropertyFlowTest, TheSettingIsEnteredAfterTheWriteAndBeforeTheNotice) {
 
 TEST_F(PropertyFlowTest, TheBareOperationKeepsItsEntryUntilSomebodyEndsIt) {
     lamp().setPropertyValue(1, "7.0");
-    EXPECT_EQ(settingProperties(lamp()),
-              (std::unordered_map<unsigned, std::string>{{1, "7.0"}}));
+    EXPECT_EQ(settingProperties(lamp()), (std::unordered_map<unsigned, std::string>{{1, "7.0"}}));
     lamp().endSetPropertyValue(1);
     EXPECT_TRUE(settingProperties(lamp()).empty());
     lamp().endSetPropertyValue(1);
@@ -190,9 +188,7 @@ TEST_F(PropertyFlowTest, AFramedSettingReactsWhileItIsUnderWayAndEnds) {
 }
 
 TEST_F(PropertyFlowTest, AfterAThrowTheEntryStaysAndRefusesOtherValues) {
-    frame().onProperty = [](unsigned, const std::string&) {
-        throw std::runtime_error("jammed");
-    };
+    frame().onProperty = [](unsigned, const std::string&) { throw std::runtime_error("jammed"); };
     expectThrow<std::runtime_error>("jammed", [&] { frame().setPropertyValue(1, "7"); });
     EXPECT_EQ(settingProperties(frame()).at(1), "7");
     freshLog();

@@ -148,8 +148,8 @@ TEST_F(PropertyTest, BlanksAheadOfAnObjectIdArePassedOver) {
 }
 
 TEST_F(PropertyTest, TextWithoutLeadingDigitsIsNoObjectId) {
-    for (const char* text : {"abc", "", "   ", "-", "+", "+-1", "--1", "- 1", "- ", ".5",
-                             "\xC2\xA0 1"})
+    for (const char* text :
+         {"abc", "", "   ", "-", "+", "+-1", "--1", "- 1", "- ", ".5", "\xC2\xA0 1"})
         expectThrow<std::invalid_argument>(noStoul, [&] { objectIdOf(text); });
 }
 
@@ -181,8 +181,13 @@ TEST_F(PropertyTest, ARefusedObjectIdChangesNothing) {
 // ---- Setters
 
 TEST_F(PropertyTest, SettersChain) {
-    EXPECT_EQ(speed().setDescription("d")->setReadOnly(true)->setType("Int32")->setUnit("s")
-                  ->setValue("6")->setVisible(true),
+    EXPECT_EQ(speed()
+                  .setDescription("d")
+                  ->setReadOnly(true)
+                  ->setType("Int32")
+                  ->setUnit("s")
+                  ->setValue("6")
+                  ->setVisible(true),
               &speed());
     EXPECT_EQ(speed().description(), "d");
     EXPECT_TRUE(speed().isReadOnly());
@@ -342,7 +347,12 @@ TEST_F(PropertyTest, EverySetterWritesTheDocumentBeforeItsField) {
                        speed().value() + "|" + (speed().isVisible() ? "v" : "") +
                        (speed().isReadOnly() ? "r" : ""));
     };
-    speed().setDescription("d")->setUnit("s")->setType("Int32")->setValue("6")->setVisible(true)
+    speed()
+        .setDescription("d")
+        ->setUnit("s")
+        ->setType("Int32")
+        ->setValue("6")
+        ->setVisible(true)
         ->setReadOnly(true);
     EXPECT_EQ(seen, (Lines{"|mm|Double|5|", "d|mm|Double|5|", "d|s|Double|5|", "d|s|Int32|5|",
                            "d|s|Int32|6|", "d|s|Int32|6|v"}));
@@ -351,10 +361,10 @@ TEST_F(PropertyTest, EverySetterWritesTheDocumentBeforeItsField) {
 TEST_F(PropertyTest, WhenTheWriteThrowsTheFieldIsLeftAsItWas) {
     leaveUnchecked(lamp());
     log().whenWritten = [](sdf::Element&) { throw std::runtime_error("disk full"); };
-    for (const auto& set : {
-             +[](Property& p) { p.setDescription("d"); }, +[](Property& p) { p.setUnit("s"); },
-             +[](Property& p) { p.setType("Int32"); }, +[](Property& p) { p.setValue("6"); },
-             +[](Property& p) { p.setVisible(true); }, +[](Property& p) { p.setReadOnly(true); }})
+    for (const auto& set :
+         {+[](Property& p) { p.setDescription("d"); }, +[](Property& p) { p.setUnit("s"); },
+          +[](Property& p) { p.setType("Int32"); }, +[](Property& p) { p.setValue("6"); },
+          +[](Property& p) { p.setVisible(true); }, +[](Property& p) { p.setReadOnly(true); }})
         expectThrow<std::runtime_error>("disk full", [&] { set(speed()); });
 
     EXPECT_EQ(speed().description(), "");

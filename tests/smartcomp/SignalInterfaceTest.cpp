@@ -110,13 +110,12 @@ TEST(SignalInterfaceTest, EqualValuesHoldTheSameAlternative) {
 
 TEST(SignalInterfaceTest, TheVirtualTableHasTheOperationsInOrder) {
     using S = SignalInterface;
-    expectConsecutive({1, slotOf(&S::setName), slotOf(&S::getName), slotOf(&S::getType),
-                       slotOf(&S::getTypeString),
-                       slotOf(static_cast<void (S::*)(SignalValue)>(&S::setValue)),
-                       slotOf(static_cast<void (S::*)(const std::string&)>(&S::setValue)),
-                       slotOf(&S::getValue), slotOf(&S::getDigitalValue),
-                       slotOf(&S::getValueString), slotOf(&S::isDigital), slotOf(&S::isAnalog),
-                       slotOf(&S::isInput), slotOf(&S::isOutput)});
+    expectConsecutive(
+        {1, slotOf(&S::setName), slotOf(&S::getName), slotOf(&S::getType),
+         slotOf(&S::getTypeString), slotOf(static_cast<void (S::*)(SignalValue)>(&S::setValue)),
+         slotOf(static_cast<void (S::*)(const std::string&)>(&S::setValue)), slotOf(&S::getValue),
+         slotOf(&S::getDigitalValue), slotOf(&S::getValueString), slotOf(&S::isDigital),
+         slotOf(&S::isAnalog), slotOf(&S::isInput), slotOf(&S::isOutput)});
 }
 
 }  // namespace trel::test

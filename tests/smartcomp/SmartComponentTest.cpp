@@ -95,8 +95,9 @@ TEST_F(SmartComponentTest, PropertiesAreBuiltBeforeSignals) {
         Draft("Plain", 10, "Lamp").signal(1, "on", "DigitalInput").property(1, "P", "none", {});
     draft.element()->children("signal").front()->get("name")->setValue(1);
     // Both are faulty; the property is met first.
-    expectThrow<std::bad_optional_access>(
-        [&] { Plain(draft.element(), sdf::ObjectType::Component); });
+    expectThrow<std::bad_optional_access>([&] {
+        Plain(draft.element(), sdf::ObjectType::Component);
+    });
 }
 
 TEST_F(SmartComponentTest, AThrowingConstructorLeavesTheElementInTheDocument) {
@@ -157,8 +158,8 @@ TEST_F(SmartComponentTest, TheTablesAreTheLiveOnes) {
 TEST_F(SmartComponentTest, APropertyOfATakenIdTakesThePlaceOfTheEarlierOne) {
     loseOverwrittenEntry([] {
         Plain& lamp = lampDraft().make<Plain>();
-        Property* const second = Property::Create(
-            &lamp, propertyElement(1, "Second", "String", std::string("b")));
+        Property* const second =
+            Property::Create(&lamp, propertyElement(1, "Second", "String", std::string("b")));
         EXPECT_EQ(second, lamp.getProperty(1));
         EXPECT_EQ(lamp.getProperties().size(), 2u);
         EXPECT_EQ(lamp.getProperty(1)->name(), "Second");
@@ -252,8 +253,8 @@ TEST_F(SmartComponentTest, NoticesNameTheMemberFirstAndTheComponentSecond) {
     lamp.notifyPropertyValueChanged(2);
     lamp.notifySignalValueChanged(1);
     lamp.updateModel();
-    EXPECT_EQ(log().lines(), (Lines{"notice property 2 of 10", "notice signal 1 of 10",
-                                    "notice updated 10"}));
+    EXPECT_EQ(log().lines(),
+              (Lines{"notice property 2 of 10", "notice signal 1 of 10", "notice updated 10"}));
 }
 
 // ---- Defaults
@@ -297,8 +298,7 @@ TEST_F(SmartComponentTest, AVectorIsShownAsItIs) {
 TEST_F(SmartComponentTest, ATypeWithoutTypedValuesSaysSo) {
     Plain& lamp = lampDraft().make<Plain>();
     expectThrow<std::logic_error>("not implemented", [&] { lamp.getPropertyValueImpl(1); });
-    expectThrow<std::logic_error>("not implemented",
-                                  [&] { lamp.getPropertyValueImpl(noSuchId); });
+    expectThrow<std::logic_error>("not implemented", [&] { lamp.getPropertyValueImpl(noSuchId); });
 }
 
 TEST_F(SmartComponentTest, APlainComponentIsAbstract) {
@@ -343,17 +343,33 @@ TEST_F(SmartComponentTest, AnAssignedComponentSharesThemToo) {
 TEST_F(SmartComponentTest, TheVirtualTableHasTheOperationsInOrder) {
     using C = Plain;
     // Behind the two entries of the destructor.
-    expectConsecutive({1, slotOf(&C::getDisplayString), slotOf(&C::setName),
-                       slotOf(&sdf::SdfObject::anyOfDescendant), slotOf(&C::getPose),
-                       slotOf(&C::setPose), slotOf(&C::moveChild), slotOf(&C::canAttachTo),
-                       slotOf(&C::isUser), slotOf(&C::hasVisual), slotOf(&C::isMovable),
-                       slotOf(&C::getPropertyValueImpl), slotOf(&C::setPropertyValue),
-                       slotOf(&C::handleInputSignal), slotOf(&C::execute), slotOf(&C::isActivated),
-                       slotOf(&C::initialize), slotOf(&C::reset), slotOf(&C::start),
-                       slotOf(&C::isObjectUsed), slotOf(&C::validatePropertyValue),
-                       slotOf(&C::readPropertyValues), slotOf(&C::checkPropertyObjectType),
-                       slotOf(&C::getEnumPropertyList), slotOf(&C::getDependentPropId),
-                       slotOf(&C::getDisplayVec3), slotOf(&C::stop),
+    expectConsecutive({1,
+                       slotOf(&C::getDisplayString),
+                       slotOf(&C::setName),
+                       slotOf(&sdf::SdfObject::anyOfDescendant),
+                       slotOf(&C::getPose),
+                       slotOf(&C::setPose),
+                       slotOf(&C::moveChild),
+                       slotOf(&C::canAttachTo),
+                       slotOf(&C::isUser),
+                       slotOf(&C::hasVisual),
+                       slotOf(&C::isMovable),
+                       slotOf(&C::getPropertyValueImpl),
+                       slotOf(&C::setPropertyValue),
+                       slotOf(&C::handleInputSignal),
+                       slotOf(&C::execute),
+                       slotOf(&C::isActivated),
+                       slotOf(&C::initialize),
+                       slotOf(&C::reset),
+                       slotOf(&C::start),
+                       slotOf(&C::isObjectUsed),
+                       slotOf(&C::validatePropertyValue),
+                       slotOf(&C::readPropertyValues),
+                       slotOf(&C::checkPropertyObjectType),
+                       slotOf(&C::getEnumPropertyList),
+                       slotOf(&C::getDependentPropId),
+                       slotOf(&C::getDisplayVec3),
+                       slotOf(&C::stop),
                        slotOf(&C::setStaticInputSignal)});
 }
 

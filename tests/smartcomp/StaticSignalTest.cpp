@@ -30,8 +30,7 @@ TEST_F(StaticSignalTest, AnInputOfAPlainComponentIsStoredAndToldAndNothingElse) 
 
     a.setStaticSignalValue(1, 1);
 
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 1/value int 1", "notice signal 1 of 10"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 1/value int 1", "notice signal 1 of 10"}));
     EXPECT_EQ(valueOf(a, 1), SignalValue(1));
     EXPECT_EQ(documentValue(a, 1), "int 1");
 }
@@ -61,9 +60,8 @@ TEST_F(StaticSignalTest, AnAutoResetInputFallsBackToInt0BeforeItIsTold) {
     Plain& a = Draft("Plain", 10, "A").autoReset(1, "level", "AnalogInput").make<Plain>();
     freshLog();
     a.setStaticSignalValue(1, 2.5);
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 1/value double 2.5", "write A/signal 1/value int 0",
-                     "notice signal 1 of 10"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 1/value double 2.5",
+                                    "write A/signal 1/value int 0", "notice signal 1 of 10"}));
     EXPECT_EQ(valueOf(a, 1), SignalValue(0));
     EXPECT_EQ(settingSignals(a).at(1), SignalValue(2.5));
 }
@@ -104,9 +102,8 @@ TEST_F(StaticSignalTest, AnOutputIsWrittenThenToldThenDelivered) {
 
     a.setStaticSignalValue(2, 1);
 
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10",
-                     "write B/signal 1/value int 1", "notice signal 1 of 11"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10",
+                                    "write B/signal 1/value int 1", "notice signal 1 of 11"}));
     EXPECT_TRUE(settingSignals(a).empty());
 }
 
@@ -128,9 +125,8 @@ TEST_F(StaticSignalTest, Int1AndDouble1AreAChange) {
     a.setStaticSignalValue(2, 1);
     freshLog();
     a.setStaticSignalValue(2, 1.0);
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 2/value double 1", "notice signal 2 of 10",
-                     "write B/signal 1/value double 1", "notice signal 1 of 11"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 2/value double 1", "notice signal 2 of 10",
+                                    "write B/signal 1/value double 1", "notice signal 1 of 11"}));
     EXPECT_EQ(valueOf(a, 2), SignalValue(1.0));
 }
 
@@ -156,8 +152,7 @@ TEST_F(StaticSignalTest, WithoutAParentAnOutputIsWrittenAndToldAndDeliveredNowhe
     Plain& a = make(10, "A", 0);
     freshLog();
     a.setStaticSignalValue(2, 1);
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 2/value int 1", "notice signal 2 of 10"}));
     EXPECT_TRUE(settingSignals(a).empty());
 }
 
@@ -187,13 +182,13 @@ TEST_F(StaticSignalTest, ConnectionsAreServedInTheirOrderNotInThatOfTheirIds) {
     Connection::Build(&logic(), 2, 10, 2, 11, 1, 1);
     freshLog();
     a.setStaticSignalValue(2, 1);
-    EXPECT_EQ(log().notices(), (Lines{"notice signal 2 of 10", "notice signal 1 of 12",
-                                      "notice signal 1 of 11"}));
+    EXPECT_EQ(log().notices(),
+              (Lines{"notice signal 2 of 10", "notice signal 1 of 12", "notice signal 1 of 11"}));
     logic().moveSgConnOrderForward(2);
     freshLog();
     a.setStaticSignalValue(2, 0);
-    EXPECT_EQ(log().notices(), (Lines{"notice signal 2 of 10", "notice signal 1 of 11",
-                                      "notice signal 1 of 12"}));
+    EXPECT_EQ(log().notices(),
+              (Lines{"notice signal 2 of 10", "notice signal 1 of 11", "notice signal 1 of 12"}));
 }
 
 TEST_F(StaticSignalTest, OnlyConnectionsOfThisSignalAreServedAndNoBindings) {
@@ -264,13 +259,12 @@ TEST_F(StaticSignalTest, AnAutoResetOutputSendsAPulseAndHoldsInt0) {
 
     a.setStaticSignalValue(2, 1);
 
-    EXPECT_EQ(log().lines(),
-              (Lines{"write A/signal 2/value int 1", "write A/signal 2/value int 0",
-                     "notice signal 2 of 10",
-                     "write B/signal 1/value int 1", "notice signal 1 of 11",
-                     "write B/signal 1/value int 0", "notice signal 1 of 11",
-                     "write C/signal 1/value int 1", "notice signal 1 of 12",
-                     "write C/signal 1/value int 0", "notice signal 1 of 12"}));
+    EXPECT_EQ(log().lines(), (Lines{"write A/signal 2/value int 1", "write A/signal 2/value int 0",
+                                    "notice signal 2 of 10", "write B/signal 1/value int 1",
+                                    "notice signal 1 of 11", "write B/signal 1/value int 0",
+                                    "notice signal 1 of 11", "write C/signal 1/value int 1",
+                                    "notice signal 1 of 12", "write C/signal 1/value int 0",
+                                    "notice signal 1 of 12"}));
     EXPECT_EQ(valueOf(a, 2), SignalValue(0));
     EXPECT_TRUE(settingSignals(a).empty());
 }

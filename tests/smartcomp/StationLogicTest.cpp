@@ -212,8 +212,7 @@ TEST_F(StationLogicTest, AnObjectWhoseDescendantIsReferredToIsUsed) {
 
 TEST_F(StationLogicTest, TheStationLogicItselfIsAsked) {
     enter<Thing>(30, "Pallet");
-    GetStationLogicElem()->append(
-        propertyElement(1, "Part", "ObjectId", std::string("30")));
+    GetStationLogicElem()->append(propertyElement(1, "Part", "ObjectId", std::string("30")));
     EXPECT_TRUE(logic().isObjectUsedByComponent(30));
 }
 
@@ -305,8 +304,8 @@ TEST_F(StationLogicTest, TheSameInputSetWhileEditingReachesEveryChildInput) {
     EXPECT_EQ(logic().getSignal(1)->getValue(), SignalValue(1));
     EXPECT_EQ(lamp.getSignal(1)->getValue(), SignalValue(1));
     EXPECT_EQ(horn.getSignal(4)->getValue(), SignalValue(1));
-    EXPECT_EQ(log().notices(), (Lines{"notice signal 1 of 2", "notice signal 1 of 10",
-                                      "notice signal 4 of 11"}));
+    EXPECT_EQ(log().notices(),
+              (Lines{"notice signal 1 of 2", "notice signal 1 of 10", "notice signal 4 of 11"}));
     EXPECT_TRUE(settingSignals(logic()).empty());
 }
 

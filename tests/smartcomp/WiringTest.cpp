@@ -65,8 +65,8 @@ protected:
         const unsigned choice = id == 0 ? 0 : below(4);
         if (choice == 0) {
             const auto length = std::ranges::distance(box().connections());
-            const int place =
-                binding ? -1 : static_cast<int>(below(static_cast<unsigned>(length) + 1));
+            const int place = binding ? -1
+                                      : static_cast<int>(below(static_cast<unsigned>(length) + 1));
             Connection::Build(&box(), box().getNextSgConnId(), anyComponent(), source,
                               anyComponent(), destination, place);
         } else if (choice == 1) {
@@ -163,8 +163,8 @@ TEST_F(WiringTest, KnowsAnAssignedConnectionByItsNewEnds) {
     leaveUnchecked(box());  // its element is another connection's from here on
     *box().getConnection(elsewhere) = *box().getConnection(1);
 
-    EXPECT_EQ(send(from, false), (std::vector<unsigned>{from + 1, from + 2, from + 3, from + 4,
-                                                        from + 5, from + 1}));
+    EXPECT_EQ(send(from, false),
+              (std::vector<unsigned>{from + 1, from + 2, from + 3, from + 4, from + 5, from + 1}));
     EXPECT_EQ(send(from + 9, false), std::vector<unsigned>{});
 }
 

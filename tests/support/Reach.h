@@ -56,8 +56,7 @@ struct IsInt {
 template struct Grant<IsInt, &smartcomp::Property::isInt>;
 
 struct DescFunc {
-    using Member = smartcomp::Manager::DescFunction (smartcomp::Manager::*)(std::string_view)
-        const;
+    using Member = smartcomp::Manager::DescFunction (smartcomp::Manager::*)(std::string_view) const;
     friend Member get(DescFunc);
 };
 template struct Grant<DescFunc, &smartcomp::Manager::getDescFunc>;

@@ -57,8 +57,8 @@ public:
         for (const unsigned id : {input, output}) {
             const auto signal = element->append("signal")->setId(id);
             const bool isInput = id == input;
-            signal->touch("type")->setValue(
-                std::string(isInput ? "DigitalInput" : "DigitalOutput"));
+            signal->touch("type")->setValue(std::string(isInput ? "DigitalInput"
+                                                                : "DigitalOutput"));
         }
         return new Part(std::move(element));
     }
@@ -93,20 +93,13 @@ public:
     void step() {
         if (parts_.size() < 3 || random_.oneIn(4)) return make();
         switch (random_.below(7)) {
-            case 0:
-                return remove(anyPart());
-            case 1:
-                return connect(output, input, static_cast<int>(random_.below(2)));
-            case 2:
-                return connect(text, text, -1);
-            case 3:
-                return part().setStaticSignalValue(output, static_cast<int>(random_.below(2)));
-            case 4:
-                return part().handleSignalValue(input, static_cast<int>(random_.below(3)), 17);
-            case 5:
-                return part().setPropertyValue(text, std::to_string(random_.below(5)));
-            default:
-                EXPECT_FALSE(logic_.isObjectUsedByComponent(anyPart()));
+            case 0: return remove(anyPart());
+            case 1: return connect(output, input, static_cast<int>(random_.below(2)));
+            case 2: return connect(text, text, -1);
+            case 3: return part().setStaticSignalValue(output, static_cast<int>(random_.below(2)));
+            case 4: return part().handleSignalValue(input, static_cast<int>(random_.below(3)), 17);
+            case 5: return part().setPropertyValue(text, std::to_string(random_.below(5)));
+            default: EXPECT_FALSE(logic_.isObjectUsedByComponent(anyPart()));
         }
     }
 

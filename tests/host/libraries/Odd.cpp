@@ -5,7 +5,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <string>
 #include <utility>
 
 #include "smartcomp/Lifecycle.h"
