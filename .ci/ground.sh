@@ -12,8 +12,8 @@ need() {
   local as_root=()
   [ "$(id -u)" -eq 0 ] || as_root=(sudo)
   export DEBIAN_FRONTEND=noninteractive
-  "${as_root[@]}" apt-get update -qq
-  "${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+  "${as_root[@]}" apt-get -o DPkg::Lock::Timeout=300 update -qq
+  "${as_root[@]}" apt-get -o DPkg::Lock::Timeout=300 install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
 need_to_build() {

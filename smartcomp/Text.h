@@ -11,9 +11,9 @@ namespace trel::smartcomp::text {
 /// The 32-bit number at the start of `text`, base 10: leading white space and
 /// what follows the digits are passed over. A leading minus negates it modulo
 /// 2^32, so "-1" is 4294967295.
-/// \throws std::invalid_argument "invalid stoul argument" without a number,
-/// std::out_of_range "stoul argument out of range" for a magnitude above
-/// 4294967295.
+/// \throws std::invalid_argument "invalid stoul argument" without a number, and
+/// std::out_of_range "stoul argument out of range" for a magnitude that does not fit
+/// into 32 bits.
 unsigned toUnsigned(const std::string& text);
 
 /// The number at the start of `text`, decimal, hexadecimal after "0x", "inf" or
