@@ -18,6 +18,8 @@ Attr::Attr(std::string_view name, std::string_view type, std::any value, bool pe
                                     std::string(type));
 }
 
+Attr::Attr(std::any value) : value_(std::move(value)), persistent_(true) { Type(value_.type()); }
+
 Attr::~Attr() = default;
 Attr::Attr(Attr&&) noexcept = default;
 Attr& Attr::operator=(Attr&&) noexcept = default;
@@ -74,6 +76,8 @@ const std::string& Attr::Type(const std::type_info& type) {
         {&typeid(trel::rob::PoseTemplate<double>), "pose"},
     }};
     for (const Entry& entry : names)
+        if (entry.type == &type) return entry.name;
+    for (const Entry& entry : names)  // another library may have its own
         if (*entry.type == type) return entry.name;
     throw std::invalid_argument(
         std::string("the document does not hold values of the program type ") + type.name());

@@ -64,6 +64,7 @@ private:
 
     bool ended() const { return pos_ == text_.size(); }
     bool isAt(std::string_view token) const { return text_.substr(pos_).starts_with(token); }
+    bool isAt(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
     bool skipBlanks();
     std::string_view name(std::string_view bearer);
     std::string_view quotedValue();
@@ -154,8 +155,11 @@ void Check::stray() {
 }
 
 void Check::markup() {
-    if (isAt("</"))
+    const char second = pos_ + 1 < text_.size() ? text_[pos_ + 1] : '\0';
+    if (second == '/')
         endTag();
+    else if (second != '!' && second != '?')
+        startTag();
     else if (isAt("<!--"))
         comment();
     else if (isAt("<![CDATA["))
@@ -164,10 +168,8 @@ void Check::markup() {
         fail(pos_, "a document type is declared; a file without <!DOCTYPE> is expected");
     else if (isAt("<!"))
         fail(pos_, "\"<!\" begins nothing that is known; <!-- or <![CDATA[ is expected");
-    else if (isAt("<?"))
-        instruction();
     else
-        startTag();
+        instruction();
 }
 
 void Check::startTag() {
@@ -187,14 +189,15 @@ void Check::startTag() {
         if (ended())
             fail(pos_, "the file ends inside the tag <" + std::string(tag) + "> of line " +
                            lineOf(start) + "; \">\" is expected");
-        if (isAt("/>") || isAt(">")) break;
+        if (isAt('>') || isAt("/>")) break;
         if (!apart && !attributes_.empty() && text_[pos_] != '/')
             fail(pos_, "two attributes stand without a blank between them; a blank is expected");
         attribute();
     }
     distinctAttributes();
-    if (isAt(">")) open_.push_back({tag, start});
-    pos_ += isAt(">") ? 1 : 2;
+    const bool isOpen = isAt('>');
+    if (isOpen) open_.push_back({tag, start});
+    pos_ += isOpen ? 1 : 2;
 }
 
 void Check::attribute() {
@@ -203,7 +206,13 @@ void Check::attribute() {
 }
 
 void Check::distinctAttributes() {
-    if (attributes_.size() < 2) return;
+    constexpr std::size_t few = 4;
+    if (attributes_.size() <= few) {
+        bool areDistinct = true;
+        for (auto a = attributes_.begin(); a != attributes_.end(); ++a)
+            areDistinct &= std::find(attributes_.begin(), a, *a) == a;
+        if (areDistinct) return;
+    }
     // By name, those of one name in the order in which they stand.
     std::sort(attributes_.begin(), attributes_.end(),
               [](auto a, auto b) { return a != b ? a < b : a.data() < b.data(); });
@@ -219,16 +228,17 @@ void Check::distinctAttributes() {
 void Check::endTag() {
     const std::size_t start = pos_;
     pos_ += 2;
-    const std::string tag(name("a tag behind \"</\""));
+    const std::string_view tag = name("a tag behind \"</\"");
+    const auto shown = [&] { return "</" + std::string(tag) + '>'; };
     if (open_.empty())
-        fail(start, "</" + tag + "> closes nothing; an element or the end of the file is expected");
+        fail(start, shown() + " closes nothing; an element or the end of the file is expected");
     if (open_.back().tag != tag) {
         const std::string expected(open_.back().tag);
-        fail(start, "</" + tag + "> stands inside <" + expected + "> of line " +
+        fail(start, shown() + " stands inside <" + expected + "> of line " +
                         lineOf(open_.back().offset) + "; </" + expected + "> is expected");
     }
     skipBlanks();
-    if (!isAt(">")) fail(pos_, "the end tag </" + tag + "> is not closed; \">\" is expected");
+    if (!isAt('>')) fail(pos_, "the end tag " + shown() + " is not closed; \">\" is expected");
     ++pos_;
     open_.pop_back();
 }
@@ -337,15 +347,17 @@ std::string_view Check::name(std::string_view bearer) {
 // "=" and a value in quotes.
 std::string_view Check::quotedValue() {
     skipBlanks();
-    if (!isAt("=")) fail(pos_, "the attribute has no value; \"=\" is expected");
+    if (!isAt('=')) fail(pos_, "the attribute has no value; \"=\" is expected");
     ++pos_;
     skipBlanks();
-    if (!isAt("\"") && !isAt("'"))
+    if (!isAt('"') && !isAt('\''))
         fail(pos_, "the value is not in quotes; a quotation mark is expected");
     const char quote = text_[pos_];
     const std::size_t start = ++pos_;
     while (true) {
-        while (!ended() && text_[pos_] != quote && text_[pos_] != '&' && text_[pos_] != '<') ++pos_;
+        const auto stops = [&](char c) { return c == quote || c == '&' || c == '<'; };
+        pos_ = static_cast<std::size_t>(std::find_if(text_.begin() + pos_, text_.end(), stops) -
+                                        text_.begin());
         if (ended()) fail(start - 1, "the value does not end; a second quotation mark is expected");
         if (text_[pos_] == quote) break;
         if (text_[pos_] == '<')
@@ -360,8 +372,12 @@ std::string_view Check::quotedValue() {
 Element::Place PlaceFinder::placeOf(std::size_t offset) {
     if (offset < offset_) *this = PlaceFinder(text_);
     offset = std::min(offset, text_.size());
-    for (; offset_ < offset; ++offset_) {
-        const auto c = static_cast<unsigned char>(text_[offset_]);
+    while (offset_ < offset) {
+        const std::size_t plain = xml::plainLength(text_.substr(offset_, offset - offset_));
+        place_.column += static_cast<unsigned>(plain);
+        offset_ += plain;
+        if (offset_ == offset) break;
+        const auto c = static_cast<unsigned char>(text_[offset_++]);
         if (c == '\n')
             place_ = {place_.line + 1, 1};
         else if ((c & 0xC0u) != 0x80u)  // not inside a character

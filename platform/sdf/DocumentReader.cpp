@@ -62,26 +62,36 @@ unsigned idOf(std::string_view text, std::size_t offset) {
     return id;
 }
 
-// The offsets of the attributes of one tag, in order.
+// The offsets of the attributes of one tag, in order; looked for once they are asked
+// for, which is mostly never.
 class AttributeFinder {
 public:
     AttributeFinder(std::string_view text, std::size_t behindTag) : text_(text), pos_(behindTag) {}
 
-    void next() {
-        name_ = xml::behindBlanks(text_, pos_);
-        value_ = name_;
-        while (text_[value_] != '"' && text_[value_] != '\'') ++value_;
-        ++value_;
-        pos_ = text_.find(text_[value_ - 1], value_) + 1;
+    void next() { ++ahead_; }
+    std::size_t name() {
+        find();
+        return name_;
     }
-    std::size_t name() const { return name_; }
-    std::size_t value() const { return value_; }
+    std::size_t value() {
+        find();
+        return value_;
+    }
 
 private:
+    void find() {
+        for (; ahead_ != 0; --ahead_) {
+            name_ = xml::behindBlanks(text_, pos_);
+            value_ = text_.find_first_of("\"'", name_) + 1;
+            pos_ = text_.find(text_[value_ - 1], value_) + 1;
+        }
+    }
+
     std::string_view text_;
     std::size_t pos_;
     std::size_t name_ = 0;
     std::size_t value_ = 0;
+    std::size_t ahead_ = 0;
 };
 
 class Reader {
@@ -94,9 +104,8 @@ public:
 private:
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
     void attributes(const xml_node& node, const std::shared_ptr<Element>& e, std::size_t behindTag);
-    void attribute(const xml_attribute& attribute, Element& e, const AttributeFinder& offsets);
-    void ownValue(Element& e, std::string_view type, const char* text,
-                  const AttributeFinder& offsets);
+    void attribute(const xml_attribute& attribute, Element& e, AttributeFinder& offsets);
+    void ownValue(Element& e, std::string_view type, const char* text, AttributeFinder& offsets);
     void children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText);
     std::shared_ptr<Element> key(const xml_node& node, const Element& parent, bool insideText);
     std::shared_ptr<Element> note(const xml_node& node);
@@ -149,7 +158,7 @@ void Reader::attributes(const xml_node& node, const std::shared_ptr<Element>& e,
     }
 }
 
-void Reader::attribute(const xml_attribute& attribute, Element& e, const AttributeFinder& offsets) {
+void Reader::attribute(const xml_attribute& attribute, Element& e, AttributeFinder& offsets) {
     const std::string_view name = attribute.name();
     if (name == "id") {
         e.setId(idOf(attribute.value(), offsets.value()));
@@ -179,7 +188,7 @@ void Reader::tolerantly(const std::shared_ptr<Element>& e, const Reading& readin
 }
 
 void Reader::ownValue(Element& e, std::string_view type, const char* text,
-                      const AttributeFinder& offsets) {
+                      AttributeFinder& offsets) {
     if (e.ownValue())
         throw ValueTextFault(Fault::SecondValue, offsets.name(),
                              "the element has a value of type " + e.ownValue()->type() +

@@ -84,7 +84,7 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
     if (isNamed && !xml::isName(tag))
         throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
     auto note = std::make_shared<Element>(Key{}, kind, tag);
-    note->attr_.emplace("", "string", std::string(text), true);
+    note->attr_.emplace(std::string(text));
     return note;
 }
 
@@ -352,7 +352,7 @@ std::any Element::exchangeValue(std::any value) {
     if (attr_)
         old = attr_->exchange(std::move(value));
     else if (!isEmpty)
-        attr_.emplace("", Attr::Type(value.type()), std::move(value), true);
+        attr_.emplace(std::move(value));
     if (isEmpty) attr_.reset();
     return old;
 }
@@ -371,9 +371,8 @@ void Element::setValue(const std::any& value) {
 }
 
 void Element::restoreValue(std::any value) {
-    Element& e = holder();
-    const std::string& type = Attr::Type(value.type());
-    e.attr_.emplace("", type, std::move(value), true);
+    Attr attr(std::move(value));
+    holder().attr_ = std::move(attr);
 }
 
 void Element::setValueFromString(std::string_view text) {

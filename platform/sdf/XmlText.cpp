@@ -27,6 +27,11 @@ constexpr std::array<unsigned char, 128> ascii = [] {
     return table;
 }();
 
+bool isNamePart(char c) {
+    const auto code = static_cast<unsigned char>(c);
+    return code < ascii.size() && (ascii[code] & namePart);
+}
+
 struct Range {
     char32_t first;
     char32_t last;
@@ -90,7 +95,9 @@ bool isAllowed(char32_t code) {
 
 std::size_t allowedLength(std::string_view text) {
     std::size_t i = 0;
-    while (i < text.size()) {
+    while (true) {
+        i += plainLength(text.substr(i));
+        if (i == text.size()) return i;
         const auto c = static_cast<unsigned char>(text[i]);
         if (c < ascii.size()) {
             if (!(ascii[c] & allowed)) return i;
@@ -101,7 +108,6 @@ std::size_t allowedLength(std::string_view text) {
         if (length == 0 || !isAllowed(code)) return i;
         i += length;
     }
-    return i;
 }
 
 std::size_t nameLength(std::string_view text) {
@@ -110,7 +116,8 @@ std::size_t nameLength(std::string_view text) {
         const auto c = static_cast<unsigned char>(text[i]);
         if (c < ascii.size()) {
             if (!(ascii[c] & (i == 0 ? nameStart : namePart))) break;
-            ++i;
+            do ++i;
+            while (i < text.size() && isNamePart(text[i]));
             continue;
         }
         const auto [code, length] = decode(text.substr(i));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -32,6 +34,20 @@ bool isAllowed(char32_t code);
 
 /// Bytes of the longest prefix that XML can hold.
 std::size_t allowedLength(std::string_view text);
+
+/// Bytes of the longest prefix of printable ASCII, which is most of a file.
+inline std::size_t plainLength(std::string_view text) {
+    using Word = std::uint64_t;
+    constexpr Word each = ~Word{0} / 0xFF;  // 1 in each byte
+    std::size_t length = 0;
+    for (; text.size() - length >= sizeof(Word); length += sizeof(Word)) {
+        Word word;
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if (((word - each * ' ') | word) & each * 0x80) break;
+    }
+    while (length < text.size() && text[length] >= ' ') ++length;
+    return length;
+}
 
 /// Bytes of the name that the text begins with; 0 if it begins with none.
 std::size_t nameLength(std::string_view text);

@@ -9,6 +9,7 @@ namespace {
 using sdf::xml::allowedLength;
 using sdf::xml::decode;
 using sdf::xml::isName;
+using sdf::xml::plainLength;
 using sdf::xml::quoted;
 
 TEST(XmlText, DecodesCharactersOfEveryLength) {
@@ -37,6 +38,18 @@ TEST(XmlText, ControlCharactersAndNonCharactersAreNot) {
     for (const char* text :
          {"ab\x01", "ab\x1F", "ab\x0B", "ab\xEF\xBF\xBE", "ab\xEF\xBF\xBF", "ab\xFF"})
         EXPECT_EQ(allowedLength(text), 2u);
+}
+
+TEST(XmlText, EveryByteOfALongTextIsLookedAt) {
+    for (const char bad : {'\x01', '\x1F', '\xFF'})
+        for (std::size_t at = 0; at != 24; ++at) {
+            std::string text(24, '~');
+            text[at] = bad;
+            EXPECT_EQ(allowedLength(text), at);
+            EXPECT_EQ(plainLength(text), at);
+        }
+    EXPECT_EQ(allowedLength(std::string(24, '\t')), 24u);
+    EXPECT_EQ(plainLength(std::string(19, ' ') + '\n'), 19u);
 }
 
 TEST(XmlText, KnowsNames) {
