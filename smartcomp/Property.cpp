@@ -100,7 +100,7 @@ Property* Property::setValue(const std::string& value) {
     wasText_ = wasText_ || old.type() == typeid(std::string);
     element()->setValueFromString(value);
     try {
-        value_ = element()->getStringFromValue();
+        readValue();
     } catch (...) {
         if (wasText_)
             element()->setValueFromString(value_);
@@ -109,6 +109,14 @@ Property* Property::setValue(const std::string& value) {
         throw;
     }
     return this;
+}
+
+// From the element, whatever it made of the text.
+void Property::readValue() {
+    if (const auto* const text = std::any_cast<std::string>(&element()->value()))
+        value_ = *text;
+    else
+        value_ = element()->getStringFromValue();
 }
 
 Property* Property::setVisible(bool visible) {

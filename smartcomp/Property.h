@@ -94,6 +94,7 @@ private:
 
     explicit Property(std::shared_ptr<sdf::Element> element);
 
+    void readValue();
     std::string getDoubleDisplayValue(const std::string& value);
     static std::string getBoolDisplayValue(const std::string& value);
     static std::string getVector3DisplayValue(const std::string& value);

@@ -183,6 +183,7 @@ Parser parserOf(std::string_view type) {
 bool isTypeName(std::string_view type) { return parserOf(type) != nullptr; }
 
 std::string render(const std::any& value) {
+    if (const auto* const held = std::any_cast<std::string>(&value)) return *held;
     std::string text;
     if (value.has_value() && !visitValue(value, [&](const auto& held) { text = textOf(held); }))
         throw std::invalid_argument("the document does not hold values of this program type");
