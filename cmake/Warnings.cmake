@@ -9,8 +9,13 @@ function(trel_target target)
   # within a library may be direct and inlined.
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                            -fno-semantic-interposition)
-  # A delivery runs through many small functions of many classes.
   get_target_property(type ${target} TYPE)
+  # A library gives what Export.h marks, and its users call nothing else.
+  if(type MATCHES "SHARED_LIBRARY|MODULE_LIBRARY")
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden
+                                               VISIBILITY_INLINES_HIDDEN ON)
+  endif()
+  # A delivery runs through many small functions of many classes.
   if(TREL_HAS_IPO AND type STREQUAL SHARED_LIBRARY)
     foreach(config RELEASE RELWITHDEBINFO MINSIZEREL)
       set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION_${config} ON)

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "smartcomp/Connection.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/SmartComponent.h"
 
 namespace trel::smartcomp {
@@ -28,7 +29,7 @@ class Wiring;
 /// middle of a delivery along them. What is deleted before it was reached gets
 /// nothing; what is added is not served; what is moved is served once; what is
 /// modified is served with its new ends, if it still begins there.
-class Aggregation : public SmartComponent {
+class TREL_API Aggregation : public SmartComponent {
 public:
     using ConnectionTable = std::unordered_map<unsigned, Connection*>;
 

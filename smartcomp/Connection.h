@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/sdf/SdfObject.h"
+#include "smartcomp/Export.h"
 
 namespace trel::smartcomp {
 
@@ -15,7 +16,7 @@ class Aggregation;
 ///
 /// An end is a component and one of its signals or properties; the aggregation's
 /// own signals and properties are addressed by its own id.
-class Connection : public sdf::SdfObject {
+class TREL_API Connection : public sdf::SdfObject {
 public:
     /// Appends a "connection" element to the aggregation's and makes the
     /// connection; a negative index makes a binding, between properties.

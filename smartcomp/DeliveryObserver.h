@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "smartcomp/Export.h"
 #include "smartcomp/SignalInterface.h"
 
 namespace trel::smartcomp {
@@ -9,7 +10,7 @@ namespace trel::smartcomp {
 /// Sees every value on its way along a connection or a binding, and may keep it from
 /// arriving: for whoever traces, counts or brakes deliveries. There is one at most, on
 /// the thread that edits or runs the station; nothing in the library depends on it.
-class DeliveryObserver {
+class TREL_API DeliveryObserver {
 public:
     /// From a signal to a signal, or from a property to a property. A pulse is two.
     struct Delivery {

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "smartcomp/Export.h"
+
 /// What a delivery found the last time, kept where the next one comes by. A hint
 /// holds a number that was given once, to the state in which it was found; it is
 /// good for as long as that state has the number. State that changes takes a new
@@ -9,7 +11,7 @@
 namespace trel::smartcomp {
 
 /// Counts from 1.
-std::uint64_t nextNumber();
+TREL_API std::uint64_t nextNumber();
 
 /// Where the connections of a signal or property stand in a wiring. A copy of the
 /// signal or property starts without.

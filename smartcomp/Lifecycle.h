@@ -9,6 +9,7 @@
 
 #include "platform/sdf/Element.h"
 #include "platform/visual/Visual.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/SmartComponent.h"
 
 /// Making, loading, bringing back and removing components. A component stands
@@ -26,39 +27,39 @@ namespace trel::smartcomp {
 /// \throws std::logic_error "object exists" if its id is taken; the component is
 /// then lost. Where memory ends before it is in the object table, it is destroyed,
 /// and its element stays.
-SmartComponent* Create(std::shared_ptr<sdf::Element> element);
+TREL_API SmartComponent* Create(std::shared_ptr<sdf::Element> element);
 
 /// Makes a new component of a registered type, with a new element, as a child
 /// of the aggregation `parentId`. A type name that is not known leaves the
 /// element and the entry in the parent behind.
-SmartComponent* Build(const std::string& typeName, unsigned id, const std::string& name,
-                      unsigned parentId);
+TREL_API SmartComponent* Build(const std::string& typeName, unsigned id, const std::string& name,
+                               unsigned parentId);
 
 /// Brings back a removed component from its element, then the components that
 /// it contained from theirs, and gives it back to its parent, at a diagram
 /// position when there is one.
-SmartComponent* Recover(std::shared_ptr<sdf::Element> element,
-                        const std::vector<std::shared_ptr<sdf::Element>>& subElements,
-                        const std::optional<std::pair<int, int>>& xy);
+TREL_API SmartComponent* Recover(std::shared_ptr<sdf::Element> element,
+                                 const std::vector<std::shared_ptr<sdf::Element>>& subElements,
+                                 const std::optional<std::pair<int, int>>& xy);
 
 /// Makes the components of a document that was just read, in document order,
 /// all but the station logic.
-void Load();
+TREL_API void Load();
 
 /// Removes a component from its parent, the object table and the document. Its
 /// pointer stays in the list of components.
-void RemoveSmartComponent(unsigned id);
+TREL_API void RemoveSmartComponent(unsigned id);
 
 /// The same without telling the parent, for the inner components of an
 /// aggregation that goes as a whole.
-void RemoveSubSmartComponent(unsigned id);
+TREL_API void RemoveSubSmartComponent(unsigned id);
 
 /// Every component that was ever made, in the order of making. The pointers of
 /// removed ones stay in it: test an id that you kept in the object table before
 /// you follow a pointer.
-const std::list<SmartComponent*>& GetAllSmartComponents();
+TREL_API const std::list<SmartComponent*>& GetAllSmartComponents();
 
 /// Has the component's type dress its graphics.
-void BuildVisual(SmartComponent* component, visual::Visual* visual);
+TREL_API void BuildVisual(SmartComponent* component, visual::Visual* visual);
 
 }  // namespace trel::smartcomp

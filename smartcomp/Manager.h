@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "smartcomp/Export.h"
+
 class QString;
 
 namespace sdf {
@@ -21,7 +23,7 @@ class SmartComponent;
 
 /// The registry of component types, and the list of all components that were
 /// ever made. It stores and finds; the functions of Lifecycle.h call.
-class Manager {
+class TREL_API Manager {
 public:
     /// Makes a component from an element: the one registered for creating gets
     /// an element that is whole, the one for building a new element with id,

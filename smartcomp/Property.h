@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/sdf/SdfObject.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/Hints.h"
 
 namespace trel::smartcomp {
@@ -35,7 +36,7 @@ enum class PropertyType : unsigned {
 /// Setters write the document first; when that throws, the field is unchanged.
 /// They tell nobody: a value that shall be seen and passed on goes through
 /// SmartComponent::setPropertyValue.
-class Property : public sdf::SdfObject {
+class TREL_API Property : public sdf::SdfObject {
 public:
     /// Reads `element` and hands the property to `owner`.
     /// \throws std::bad_optional_access if "type" is no property type; the owner

@@ -2,13 +2,15 @@
 
 #include <cstddef>
 
+#include "smartcomp/Export.h"
+
 namespace trel::smartcomp {
 
 /// What was removed while components are held, in the order of removal, for the
 /// sources of the library only. A walk that meets a destination which is not
 /// there asks here whether that was removed under its feet, and then passes it
 /// over. Forgotten when the last hold is gone.
-class Removals {
+class TREL_API Removals {
 public:
     enum class What { Component, Signal, Property };
 

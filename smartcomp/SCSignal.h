@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/sdf/Element.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/Hints.h"
 #include "smartcomp/SignalInterface.h"
 
@@ -19,7 +20,7 @@ class Walk;
 ///
 /// Setters tell nobody: a value that shall be seen and delivered goes through
 /// SmartComponent::setStaticSignalValue or handleSignalValue.
-class SCSignal : public SignalInterface {
+class TREL_API SCSignal : public SignalInterface {
 public:
     /// Reads `element`, a child of the component's element, and hands the signal
     /// to `component`. A "type" that is none of the six makes a group output.

@@ -4,13 +4,14 @@
 
 #include "platform/rob/Transform.h"
 #include "platform/rob/Vec3Template.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/SmartComponent.h"
 
 namespace trel::smartcomp {
 
 /// The base of components that detect objects. A sensor is shown in the station
 /// and can be moved; it does not react to its inputs unless a type makes it.
-class Sensor : public SmartComponent {
+class TREL_API Sensor : public SmartComponent {
 public:
     bool hasVisual() const override;
     bool isMovable() const override;

@@ -3,6 +3,8 @@
 #include <string>
 #include <variant>
 
+#include "smartcomp/Export.h"
+
 namespace trel {
 
 /// What a signal carries; the names are also those in the document.
@@ -20,7 +22,7 @@ enum class SignalType {
 using SignalValue = std::variant<int, double>;
 
 /// A signal as the rest of the editor sees it.
-class SignalInterface {
+class TREL_API SignalInterface {
 public:
     virtual ~SignalInterface();
 

@@ -13,6 +13,7 @@
 #include "platform/rob/XYZTemplate.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/ObjectType.h"
+#include "smartcomp/Export.h"
 #include "smartcomp/Hints.h"
 #include "smartcomp/Marks.h"
 #include "smartcomp/Removals.h"
@@ -40,7 +41,7 @@ class Walk;
 /// Every look-up by id that finds nothing throws std::out_of_range "invalid
 /// unordered_map<K, T> key". Nothing is caught in here: what was written, told
 /// and delivered before a throw stays.
-class SmartComponent : public layout::AttachableNode {
+class TREL_API SmartComponent : public layout::AttachableNode {
 public:
     using PropertyTable = std::unordered_map<unsigned, Property*>;
     using SignalTable = std::unordered_map<unsigned, SignalInterface*>;

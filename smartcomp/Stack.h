@@ -2,19 +2,22 @@
 
 #include <cstdint>
 
+#include "smartcomp/Export.h"
+
 namespace trel::smartcomp {
 
 /// The address below which the stack of this thread is nearly used up; 0 until it
 /// was asked for. Stacks grow downwards on every platform that the library runs on.
 /// In the static thread storage, where reading it is one instruction.
-extern constinit thread_local std::uintptr_t lowestAddress [[gnu::tls_model("initial-exec")]];
+TREL_API extern constinit thread_local std::uintptr_t lowestAddress
+    [[gnu::tls_model("initial-exec")]];
 
 /// What is said where the stack is used up.
 inline constexpr const char* stackUsedUp =
     "the deliveries nest too deeply for the stack of this thread; look for a ring of bindings or "
     "of inputs that nothing ends";
 
-void askForLowestAddress();
+TREL_API void askForLowestAddress();
 
 /// Where a delivery begins.
 inline void knowStack() {
@@ -22,7 +25,7 @@ inline void knowStack() {
         askForLowestAddress();
 }
 
-[[noreturn]] void throwStackUsedUp();
+TREL_API [[noreturn]] void throwStackUsedUp();
 
 inline std::uintptr_t stackPointer() {
 #ifdef __x86_64__

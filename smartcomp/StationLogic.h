@@ -1,12 +1,13 @@
 #pragma once
 
 #include "smartcomp/Aggregation.h"
+#include "smartcomp/Export.h"
 
 namespace trel::smartcomp {
 
 /// The one aggregation at the root of the station: its children are the
 /// top-level components and the robot controllers.
-class StationLogic : public Aggregation {
+class TREL_API StationLogic : public Aggregation {
 public:
     /// Made on the first call, from any thread, on the station's element, and
     /// entered in the object table; destroyed at exit.

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "smartcomp/Export.h"
+
 /// What a library of component types gives a program that loads it. A library
 /// defines both functions; a program asks for the number first and registers
 /// only types that were built against the same layout of the classes.
 extern "C" {
-int trelComponentsAbi();
-void trelRegisterComponents();
+TREL_API int trelComponentsAbi();
+TREL_API void trelRegisterComponents();
 }
 
 namespace trel::smartcomp {

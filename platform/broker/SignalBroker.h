@@ -2,13 +2,14 @@
 
 #include <string>
 
+#include "platform/Export.h"
 #include "platform/rob/PoseTemplate.h"
 
 namespace trel::broker {
 
 /// One who is told what happens in the station. The operations do nothing
 /// unless they are overridden, and are named after what the broker was told.
-class Listener {
+class TREL_PLATFORM_API Listener {
 public:
     virtual ~Listener() = default;
 
@@ -24,7 +25,7 @@ public:
 /// Carries notices from the components to whoever listens, on the thread of
 /// the sender and in the order of subscription. What a listener throws reaches
 /// the sender; the listeners behind it are not told.
-class SignalBroker {
+class TREL_PLATFORM_API SignalBroker {
 public:
     /// `listener` is told from the next notice on, until `unsubscribe`; it must
     /// live that long. Both may be called from inside a notice.

@@ -2,12 +2,13 @@
 
 #include <memory>
 
+#include "platform/Export.h"
 #include "platform/sdf/SdfContainer.h"
 
 namespace trel::layout {
 
 /// A node that can be attached to another one, as a tool is to a flange.
-class AttachableNode : public sdf::SdfContainer {
+class TREL_PLATFORM_API AttachableNode : public sdf::SdfContainer {
 public:
     AttachableNode(const AttachableNode&);
     AttachableNode& operator=(const AttachableNode&);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/rob/RotationTemplate.h"
 #include "platform/rob/Vec3Template.h"
 
@@ -8,7 +9,7 @@ namespace trel::rob {
 /// Where an object stands and how it is turned. Positions are in mm; a pose
 /// made without arguments is the origin, unturned.
 template <typename T>
-struct PoseTemplate {
+struct TREL_PLATFORM_API PoseTemplate {
     Vec3Template<T> position{};
     RotationTemplate<T> rotation{};
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/rob/Vec3Template.h"
 
 namespace trel::rob {
@@ -8,7 +9,7 @@ namespace trel::rob {
 /// whoever uses it as a rotation normalises it first, and 0 0 0 0 counts as no
 /// rotation.
 template <typename T>
-struct RotationTemplate {
+struct TREL_PLATFORM_API RotationTemplate {
     T w{1};
     T x{};
     T y{};
@@ -26,6 +27,6 @@ struct RotationTemplate {
 };
 
 template <>
-Vec3Template<double> RotationTemplate<double>::toEulerDegree() const;
+TREL_PLATFORM_API Vec3Template<double> RotationTemplate<double>::toEulerDegree() const;
 
 }  // namespace trel::rob

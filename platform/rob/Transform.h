@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/rob/PoseTemplate.h"
 
 namespace trel::rob {
 
 /// A rigid motion: a rotation about the origin followed by a translation.
-class Transform {
+class TREL_PLATFORM_API Transform {
 public:
     /// The motion that leaves everything where it is.
     Transform() = default;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
+
 namespace trel::rob {
 
 /// A point or a direction in space. Positions of a station are in mm.
 template <typename T>
-struct Vec3Template {
+struct TREL_PLATFORM_API Vec3Template {
     T x{};
     T y{};
     T z{};

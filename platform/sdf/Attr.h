@@ -6,12 +6,14 @@
 #include <string_view>
 #include <typeinfo>
 
+#include "platform/Export.h"
+
 namespace sdf {
 
 /// A typed value of the document. It holds one of the program types
 /// `std::string`, `bool`, `int`, `unsigned`, `unsigned long long`, `double`,
 /// `trel::rob::Vec3Template<double>` and `trel::rob::PoseTemplate<double>`.
-class Attr {
+class TREL_PLATFORM_API Attr {
 public:
     /// `type` must be the document's name of the value's type; a value that is
     /// not persistent is left out of the file. The own value of an element has no

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Export.h"
 #include "platform/sdf/Element.h"
 
 namespace sdf {
@@ -15,7 +16,7 @@ namespace sdf {
 /// Why a file cannot be read or written. what() is one line: "FILE:LINE:COLUMN:
 /// what is wrong; what is expected", without line and column where there is no
 /// such place.
-class DocumentError : public std::runtime_error {
+class TREL_PLATFORM_API DocumentError : public std::runtime_error {
 public:
     DocumentError(const std::string& file, Element::Place place, const std::string& fault);
 
@@ -32,7 +33,7 @@ private:
 
 /// An id or a value in a file that a document cannot hold: no number, no value
 /// of its type, or a second one.
-struct ValueFault {
+struct TREL_PLATFORM_API ValueFault {
     enum class Kind { Id, NoId, Value, SecondValue };
 
     Kind kind;
@@ -58,7 +59,7 @@ struct ValueFault {
 /// A file in another layout or other spellings (single quotes, CR LF, CDATA,
 /// references, "2.50" for "2.5") is read too, and is in this form once saved. A
 /// document type is refused.
-class Document {
+class TREL_PLATFORM_API Document {
 public:
     /// Deeper nesting is refused, when reading and when writing.
     static constexpr unsigned maxDepth = 256;

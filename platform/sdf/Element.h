@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/Export.h"
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
 #include "platform/sdf/Attr.h"
@@ -20,7 +21,7 @@ class Element;
 /// One who is told of every value that is written to the document, after it
 /// stands there. May write and unsubscribe while being told. Who throws refuses
 /// the value: the document holds the old one again.
-class ValueObserver {
+class TREL_PLATFORM_API ValueObserver {
 public:
     virtual ~ValueObserver() = default;
     virtual void valueWritten(Element& element, const std::any& value) = 0;
@@ -36,7 +37,7 @@ public:
 ///
 /// Finding a key, taking a child out and appending one cost the same however
 /// many siblings there are.
-class Element : public std::enable_shared_from_this<Element> {
+class TREL_PLATFORM_API Element : public std::enable_shared_from_this<Element> {
     struct Key {};  // only Create makes elements
 
 public:
@@ -237,7 +238,7 @@ private:
 
 /// The element of a document object. While the object or a copy of it lives,
 /// its element counts as mirrored.
-class ElementMirror {
+class TREL_PLATFORM_API ElementMirror {
 public:
     /// \throws std::invalid_argument for a null element.
     explicit ElementMirror(std::shared_ptr<Element> element);

@@ -4,13 +4,14 @@
 #include <memory>
 #include <unordered_map>
 
+#include "platform/Export.h"
 #include "platform/sdf/SdfNode.h"
 
 namespace sdf {
 
 /// A document object that contains others, each kept by id in a key "child".
 /// Adding, finding and removing a child cost the same however many there are.
-class SdfContainer : public SdfNode {
+class TREL_PLATFORM_API SdfContainer : public SdfNode {
 public:
     using SdfNode::SdfNode;
     SdfContainer(const SdfContainer& other);

@@ -5,6 +5,8 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "platform/Export.h"
+
 namespace sdf {
 
 class SdfObject;
@@ -13,7 +15,7 @@ class SdfObject;
 /// of a file does not know the factor, which every process has for itself.
 /// Multiply and shift: Dietzfelbinger et al., "A Reliable Randomized Algorithm for the
 /// Closest-Pair Problem", 1997.
-struct IdHash {
+struct TREL_PLATFORM_API IdHash {
     std::uint64_t factor = processFactor();
 
     std::size_t operator()(unsigned id) const {
@@ -27,7 +29,7 @@ struct IdHash {
 /// The document manager: the table of all document objects by id. It owns none
 /// of them. The table is read under its lock taken shared and changed under it
 /// taken exclusively; the lock is never held across a call into an object.
-class SdfManager {
+class TREL_PLATFORM_API SdfManager {
 public:
     using Table = std::unordered_map<unsigned, SdfObject*, IdHash>;
 

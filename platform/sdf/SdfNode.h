@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/Export.h"
 #include "platform/rob/PoseTemplate.h"
 #include "platform/sdf/SdfObject.h"
 
@@ -9,7 +10,7 @@ namespace sdf {
 
 /// A document object that stands somewhere. Its pose is kept in the key "pose";
 /// without one it stands at the origin, unturned.
-class SdfNode : public SdfObject {
+class TREL_PLATFORM_API SdfNode : public SdfObject {
 public:
     using SdfObject::SdfObject;
 

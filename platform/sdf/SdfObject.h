@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/Export.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/ObjectType.h"
 
@@ -11,7 +12,7 @@ namespace sdf {
 
 /// A document object: the live side of one element. Which table holds it, and
 /// who owns it, is its maker's affair.
-class SdfObject {
+class TREL_PLATFORM_API SdfObject {
 public:
     /// \throws std::invalid_argument for a null element.
     SdfObject(std::shared_ptr<Element> element, ObjectType type);

@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Export.h"
+
 /// The characters and names of XML 1.0, as UTF-8.
 namespace sdf::xml {
 
@@ -27,13 +29,13 @@ struct Character {
 
 /// The first character of a text that is not empty; with length 0 if it is not
 /// well-formed UTF-8.
-Character decode(std::string_view text);
+TREL_PLATFORM_API Character decode(std::string_view text);
 
 /// Whether XML can hold the character at all.
-bool isAllowed(char32_t code);
+TREL_PLATFORM_API bool isAllowed(char32_t code);
 
 /// Bytes of the longest prefix that XML can hold.
-std::size_t allowedLength(std::string_view text);
+TREL_PLATFORM_API std::size_t allowedLength(std::string_view text);
 
 /// Bytes of the longest prefix of printable ASCII, which is most of a file.
 inline std::size_t plainLength(std::string_view text) {
@@ -50,12 +52,12 @@ inline std::size_t plainLength(std::string_view text) {
 }
 
 /// Bytes of the name that the text begins with; 0 if it begins with none.
-std::size_t nameLength(std::string_view text);
+TREL_PLATFORM_API std::size_t nameLength(std::string_view text);
 
-bool isName(std::string_view text);
+TREL_PLATFORM_API bool isName(std::string_view text);
 
 /// The text in double quotes for a message: on one line, and cut behind `longest`
 /// bytes.
-std::string quoted(std::string_view text, std::size_t longest = 60);
+TREL_PLATFORM_API std::string quoted(std::string_view text, std::size_t longest = 60);
 
 }  // namespace sdf::xml

@@ -2,11 +2,13 @@
 
 #include <variant>
 
+#include "platform/Export.h"
+
 namespace trel {
 
 /// A robot controller as the end of signal connections. A controller object is
 /// an `sdf::SdfObject` in the object table that has this interface as well.
-class ControllerInterface {
+class TREL_PLATFORM_API ControllerInterface {
 public:
     virtual ~ControllerInterface() = default;
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Export.h"
 #include "platform/sdf/Document.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/SdfObject.h"
@@ -17,7 +18,7 @@ namespace trel {
 ///
 /// The station logic is bound to its element for good. Once it lives, no other
 /// file can be opened: that takes another process.
-class Station {
+class TREL_PLATFORM_API Station {
 public:
     /// The id of the station object.
     static constexpr unsigned id = 1;
@@ -67,9 +68,9 @@ private:
 
 /// The station element, under which every "smart_component" element stands;
 /// never null.
-std::shared_ptr<sdf::Element> GetStationElem();
+TREL_PLATFORM_API std::shared_ptr<sdf::Element> GetStationElem();
 
 /// The element of the station logic; never null.
-std::shared_ptr<sdf::Element> GetStationLogicElem();
+TREL_PLATFORM_API std::shared_ptr<sdf::Element> GetStationLogicElem();
 
 }  // namespace trel

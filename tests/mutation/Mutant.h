@@ -3,8 +3,10 @@
 // Compiled into the copy of the library that is mutated, in front of every file
 // of it: all mutants are in one build, and one of them at a time is switched on.
 extern "C" {
-extern int trelActiveMutant;              // TREL_MUTANT
-extern unsigned char* trelMutantReached;  // a byte each, in the file TREL_MUTANTS_REACHED
+// Inline functions of the library's headers ask too, in every library that has them.
+[[gnu::visibility("default")]] extern int trelActiveMutant;  // TREL_MUTANT
+// A byte each, in the file TREL_MUTANTS_REACHED.
+[[gnu::visibility("default")]] extern unsigned char* trelMutantReached;
 }
 
 inline bool trelMutant(int number) {
