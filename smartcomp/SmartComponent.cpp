@@ -36,17 +36,6 @@ namespace {
 
 }  // namespace
 
-struct SmartComponent::Remains {
-    bool component = false;  // the component itself
-    std::vector<std::unique_ptr<sdf::SdfObject>> members;
-    std::vector<std::unique_ptr<SCSignal>> signals;
-};
-
-SmartComponent::Held::Held() = default;
-SmartComponent::Held::Held(const Held&) {}
-SmartComponent::Held& SmartComponent::Held::operator=(const Held&) { return *this; }
-SmartComponent::Held::~Held() = default;
-
 SmartComponent::SmartComponent(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
     : AttachableNode(element, type) {
     setVisAndObjParent(element->touch("parent")->asUInt(""));
@@ -136,67 +125,6 @@ SCSignal* SmartComponent::addSignal(SCSignal* signal) {
     return signal;
 }
 
-void SmartComponent::deleteProperty(unsigned id) {
-    Property* const property = getProperty(id);
-    makeRoom();
-    Removals::add(Removals::What::Property, this->id(), id);
-    held_.lastProperty = nullptr;
-    properties_.erase(id);
-    discard(std::unique_ptr<Property>(property));
-}
-
-void SmartComponent::deleteSignal(unsigned id) {
-    SCSignal* const signal = &signalAt(id);
-    makeRoom();
-    Removals::add(Removals::What::Signal, this->id(), id);
-    signalsNumber_ = nextNumber();
-    held_.lastSignal = nullptr;
-    signals_.erase(id);
-    // Other than a deleted property's, its element leaves the document.
-    signal->element()->removeFromParent();
-    if (held_.holds > 0)
-        held_.remains->signals.emplace_back(signal);
-    else
-        delete signal;
-}
-
-// Removal while calls are under way.
-
-void SmartComponent::makeRoom() {
-    Removals::makeRoom();
-    if (held_.holds == 0) return;
-    if (!held_.remains) held_.remains = std::make_unique<Remains>();
-    const auto roomForOne = [](auto& remains) {
-        if (remains.size() == remains.capacity()) remains.reserve(2 * remains.size() + 4);
-    };
-    roomForOne(held_.remains->members);
-    roomForOne(held_.remains->signals);
-}
-
-void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
-    if (held_.holds > 0) held_.remains->members.push_back(std::move(member));
-}
-
-// Out of the table and the document now; destroyed when nobody holds it.
-void SmartComponent::retire() {
-    makeRoom();
-    Removals::add(Removals::What::Component, id(), 0);
-    sdf::SdfManager::Remove(id());
-    if (held_.holds == 0) {
-        delete this;
-        return;
-    }
-    element()->removeFromParent();
-    held_.removed = true;
-    held_.remains->component = true;
-}
-
-// The last hold is gone.
-void SmartComponent::bury() {
-    const std::unique_ptr<Remains> remains = std::move(held_.remains);
-    if (remains->component) delete this;
-}
-
 // Flags and notices.
 
 bool SmartComponent::isSensor() const { return asType(sdf::ObjectType::Sensor); }
@@ -239,7 +167,7 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
 // Anybody's text may change on the way, and a property's own does.
 [[gnu::noinline]] void SmartComponent::setCopyOf(unsigned propertyId, const std::string& value) {
     const Hold hold(*this);
-    const std::string text = value;
+    const std::string text = value;  // NOLINT(performance-unnecessary-copy-initialization)
     const Offer offer(text);
     SmartComponent::setPropertyValue(propertyId, text);
 }

@@ -1,0 +1,85 @@
+// How a component and its members are removed, also while calls on them are under way.
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/sdf/SdfManager.h"
+#include "smartcomp/Property.h"
+#include "smartcomp/Removals.h"
+#include "smartcomp/SCSignal.h"
+#include "smartcomp/SmartComponent.h"
+
+namespace trel::smartcomp {
+
+struct SmartComponent::Remains {
+    bool component = false;  // the component itself
+    std::vector<std::unique_ptr<sdf::SdfObject>> members;
+    std::vector<std::unique_ptr<SCSignal>> signals;
+};
+
+SmartComponent::Held::Held() = default;
+SmartComponent::Held::Held(const Held&) {}
+SmartComponent::Held& SmartComponent::Held::operator=(const Held&) { return *this; }
+SmartComponent::Held::~Held() = default;
+
+void SmartComponent::deleteProperty(unsigned id) {
+    Property* const property = getProperty(id);
+    makeRoom();
+    Removals::add(Removals::What::Property, this->id(), id);
+    held_.lastProperty = nullptr;
+    properties_.erase(id);
+    discard(std::unique_ptr<Property>(property));
+}
+
+void SmartComponent::deleteSignal(unsigned id) {
+    SCSignal* const signal = &signalAt(id);
+    makeRoom();
+    Removals::add(Removals::What::Signal, this->id(), id);
+    signalsNumber_ = nextNumber();
+    held_.lastSignal = nullptr;
+    signals_.erase(id);
+    // Other than a deleted property's, its element leaves the document.
+    signal->element()->removeFromParent();
+    if (held_.holds > 0)
+        held_.remains->signals.emplace_back(signal);
+    else
+        delete signal;
+}
+
+void SmartComponent::makeRoom() {
+    Removals::makeRoom();
+    if (held_.holds == 0) return;
+    if (!held_.remains) held_.remains = std::make_unique<Remains>();
+    const auto roomForOne = [](auto& remains) {
+        if (remains.size() == remains.capacity()) remains.reserve(2 * remains.size() + 4);
+    };
+    roomForOne(held_.remains->members);
+    roomForOne(held_.remains->signals);
+}
+
+void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
+    if (held_.holds > 0) held_.remains->members.push_back(std::move(member));
+}
+
+// Out of the table and the document now; destroyed when nobody holds it.
+void SmartComponent::retire() {
+    makeRoom();
+    Removals::add(Removals::What::Component, id(), 0);
+    sdf::SdfManager::Remove(id());
+    if (held_.holds == 0) {
+        delete this;
+        return;
+    }
+    element()->removeFromParent();
+    held_.removed = true;
+    held_.remains->component = true;
+}
+
+// The last hold is gone.
+void SmartComponent::bury() {
+    const std::unique_ptr<Remains> remains = std::move(held_.remains);
+    if (remains->component) delete this;
+}
+
+}  // namespace trel::smartcomp
