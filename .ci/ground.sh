@@ -24,7 +24,7 @@ need_to_build() {
 need_to_test() {
   need_to_build
   need libgtest-dev libgmock-dev graphviz gtkwave libxml2-utils pkg-config python3-jsonschema
-  need python3-yaml
+  need python3-yaml man-db
 }
 
 # quietly LOG COMMAND...: shows what the command printed only when it fails.

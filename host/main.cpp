@@ -4,6 +4,7 @@
 
 #include "host/Commands.h"
 #include "host/DeepStack.h"
+#include "host/ManPage.h"
 
 namespace {
 
@@ -31,6 +32,12 @@ int main(int argc, char** argv) {
     addObjects(app, chosen);
     addDiff(app, chosen);
     app.require_subcommand(1);
+    // For whoever installs the program; the help does not show it.
+    const auto printManPage = [&app] {
+        std::cout << manPage(app, STATION_VERSION);
+        throw CLI::Success();
+    };
+    app.add_flag_callback("--man-page", printManPage)->group("");
 
     try {
         app.parse(argc, argv);
