@@ -36,7 +36,7 @@ public:
 
     unsigned detect() const override;
     rob::Vec3Template<double> getSensorPosition() const override;
-    void transform(const rob::Transform& transform) override;
+    void transform(const rob::Transform& motion) override;
     void update(long long time) override;
 
     void readPropertyValues() override;

@@ -164,7 +164,7 @@ std::string Property::getOrientDisplayValue(const std::string& value) {
     constexpr double tolerance = 0.001;  // degrees
     std::array<double, 4> q = {1, 0, 0, 0};
     text::readNumbers(value, q);
-    rob::RotationTemplate<double> rotation(q[0], q[1], q[2], q[3]);
+    const rob::RotationTemplate<double> rotation(q[0], q[1], q[2], q[3]);
     auto angles = rotation.toEulerDegree();
     // Decided before small angles become 0.
     const bool whole = isInt(angles.x, tolerance) && isInt(angles.y, tolerance) &&

@@ -13,7 +13,7 @@ namespace {
 
 // What an orderly end needs: a component's own reaction, the broker's listeners,
 // throwing and unwinding. Of a small stack, a quarter.
-constexpr std::size_t reserve = 256 * 1024;  // bytes
+constexpr std::size_t reserve = std::size_t{256} * 1024;  // bytes
 
 }  // namespace
 

@@ -11,8 +11,6 @@ namespace sdf {
 
 namespace {
 
-using xml::quoted;
-
 std::string hex(unsigned number, std::size_t digits) {
     std::array<char, 8> buffer;
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, 16).ptr;
@@ -127,20 +125,22 @@ void Check::declaration() {
             fail(pos_, "the XML declaration does not end here; \"?>\" is expected");
         const std::string key(name("version or encoding"));
         if (key != "version" && key != "encoding" && key != "standalone")
-            fail(start, quoted(key) + " cannot stand in the XML declaration; version or encoding "
-                                      "is expected");
+            fail(start, xml::quoted(key) +
+                            " cannot stand in the XML declaration; version or encoding "
+                            "is expected");
         if (std::find(seen.begin(), seen.end(), key) != seen.end())
             fail(start, "the XML declaration says " + key + " twice; once is expected");
         seen.push_back(text_.substr(start, key.size()));
         const std::string_view value = quotedValue();
         const std::size_t valueStart = static_cast<std::size_t>(value.data() - text_.data());
         if (key == "version" && value != "1.0")
-            fail(valueStart, "the XML version is " + quoted(value) + "; \"1.0\" is expected");
+            fail(valueStart, "the XML version is " + xml::quoted(value) + "; \"1.0\" is expected");
         if (key == "standalone" && value != "yes" && value != "no")
-            fail(valueStart, "standalone is " + quoted(value) + "; \"yes\" or \"no\" is expected");
+            fail(valueStart,
+                 "standalone is " + xml::quoted(value) + "; \"yes\" or \"no\" is expected");
         if (key == "encoding" && lower(value) != "utf-8")
             fail(valueStart,
-                 "the encoding is declared as " + quoted(value) + "; \"UTF-8\" is expected");
+                 "the encoding is declared as " + xml::quoted(value) + "; \"UTF-8\" is expected");
     }
     if (seen.empty() || seen.front() != "version")
         fail(0, "the XML declaration has no version; version=\"1.0\" is expected first");
@@ -220,7 +220,7 @@ void Check::distinctAttributes() {
     if (first == attributes_.end()) return;
     const std::string_view again = *std::next(first);
     fail(static_cast<std::size_t>(again.data() - text_.data()),
-         "the attribute " + quoted(again) +
+         "the attribute " + xml::quoted(again) +
              " stands twice; attributes of different names are "
              "expected");
 }
@@ -270,7 +270,7 @@ void Check::instruction() {
     if (target == "xml")
         fail(start, "an XML declaration stands here; it is expected at the very beginning only");
     if (lower(target) == "xml")
-        fail(start + 2, "the instruction target " + quoted(target) +
+        fail(start + 2, "the instruction target " + xml::quoted(target) +
                             " is reserved; another name is "
                             "expected");
     if (!isAt("?>") && !skipBlanks())
@@ -306,7 +306,7 @@ void Check::reference() {
     if (body.starts_with('#'))
         numericReference(start, body.substr(1));
     else if (body != "lt" && body != "gt" && body != "amp" && body != "quot" && body != "apos")
-        fail(start, "the entity " + quoted(body) +
+        fail(start, "the entity " + xml::quoted(body) +
                         " is unknown; lt, gt, amp, quot, apos or a number is expected");
     pos_ = end + 1;
 }
@@ -321,7 +321,7 @@ void Check::numericReference(std::size_t start, std::string_view digits) {
         fail(start, "the character reference is no number; digits, or x and hexadecimal digits, "
                     "are expected");
     if (error != std::errc{} || !xml::isAllowed(code))
-        fail(start, "the character reference " + quoted(digits) +
+        fail(start, "the character reference " + xml::quoted(digits) +
                         " names no character of XML; another number is expected");
 }
 
@@ -337,7 +337,7 @@ std::string_view Check::name(std::string_view bearer) {
     if (length == 0) {
         const std::string found =
             ended() ? "the file ends"
-                    : quoted(rest.substr(0, xml::decode(rest).length)) + " stands";
+                    : xml::quoted(rest.substr(0, xml::decode(rest).length)) + " stands";
         fail(pos_, found + " where a name belongs; " + std::string(bearer) + " is expected");
     }
     pos_ += length;

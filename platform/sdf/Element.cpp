@@ -145,7 +145,7 @@ std::shared_ptr<Element> Element::setId(unsigned id) {
 }
 
 inline Element::TagHead::TagHead(std::string_view tag)
-    : bytes(0), size(static_cast<std::uint32_t>(tag.size())) {
+    : size(static_cast<std::uint32_t>(tag.size())) {
     tag.copy(reinterpret_cast<char*>(&bytes), sizeof bytes);
 }
 
@@ -384,7 +384,7 @@ void Element::setValueFromString(std::string_view text) {
 std::string Element::getStringFromValue() const { return valuetext::render(value()); }
 
 void Element::addAttribute(std::string_view name, std::string_view type, std::string_view value) {
-    std::any parsed = valuetext::parse(type, value);
+    const std::any parsed = valuetext::parse(type, value);
     auto key = get(name);
     if (!key) {
         key = Create(name);
@@ -392,7 +392,7 @@ void Element::addAttribute(std::string_view name, std::string_view type, std::st
         makeRoomFor(*key);
         insertBefore(key, nullptr);
     }
-    key->setValue(std::move(parsed));
+    key->setValue(parsed);
 }
 
 void Element::Subscribe(ValueObserver& observer) { observers().add(observer); }

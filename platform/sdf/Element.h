@@ -194,7 +194,7 @@ private:
         explicit TagHead(std::string_view tag);
         bool operator==(const TagHead&) const = default;
 
-        std::uint64_t bytes;
+        std::uint64_t bytes = 0;
         std::uint32_t size;
     };
 

@@ -13,10 +13,9 @@ enum : unsigned char { nameStart = 1, namePart = 2, allowed = 4 };
 constexpr std::array<unsigned char, 128> ascii = [] {
     std::array<unsigned char, 128> table{};
     for (std::size_t c = 0x20; c < table.size(); ++c) table[c] = allowed;
-    for (const char c : {'\t', '\n', '\r'}) table[static_cast<std::size_t>(c)] = allowed;
-    const auto range = [&](char first, char last, unsigned char what) {
-        for (auto c = static_cast<std::size_t>(first); c <= static_cast<std::size_t>(last); ++c)
-            table[c] |= what;
+    for (const unsigned char c : {'\t', '\n', '\r'}) table[c] = allowed;
+    const auto range = [&](unsigned char first, unsigned char last, unsigned char what) {
+        for (std::size_t c = first; c <= last; ++c) table[c] |= what;
     };
     range('a', 'z', nameStart | namePart);
     range('A', 'Z', nameStart | namePart);
