@@ -2,9 +2,14 @@
 # package for find_package and pkg-config.
 include(CMakePackageConfigHelpers)
 
-set(libraries trelrob trelsdf trellayout trelbroker trelstation trelvisual trelsmartcomp)
+set(libraries trelsmartcomp)
+if(TREL_PLATFORM)
+  set(needs "include(CMakeFindDependencyMacro)\nfind_dependency(trelplatform)\n")
+else()
+  list(APPEND libraries trelrob trelsdf trellayout trelbroker trelstation trelvisual)
+endif()
 set(headers include/trelsmartcomp)
-set(package lib/cmake/trelsmartcomp)
+set(package ${CMAKE_INSTALL_LIBDIR}/cmake/trelsmartcomp)
 foreach(library IN LISTS libraries)
   string(REGEX REPLACE "^trel" "" name ${library})
   get_target_property(type ${library} TYPE)
@@ -18,16 +23,20 @@ foreach(library IN LISTS libraries)
 endforeach()
 
 install(TARGETS ${libraries} EXPORT trelsmartcompTargets
-        LIBRARY DESTINATION lib COMPONENT runtime NAMELINK_COMPONENT development
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
         FILE_SET HEADERS DESTINATION ${headers} COMPONENT development)
 install(EXPORT trelsmartcompTargets NAMESPACE trel:: DESTINATION ${package}
         COMPONENT development)
 
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/trelsmartcompConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
+file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" prefix_from_pc ${prefix_from_pc})
 configure_file(cmake/trelsmartcomp.pc.in ${PROJECT_BINARY_DIR}/trelsmartcomp.pc @ONLY)
-install(FILES cmake/trelsmartcompConfig.cmake
+configure_file(cmake/trelsmartcompConfig.cmake.in ${PROJECT_BINARY_DIR}/trelsmartcompConfig.cmake
+               @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/trelsmartcompConfig.cmake
               ${PROJECT_BINARY_DIR}/trelsmartcompConfigVersion.cmake
         DESTINATION ${package} COMPONENT development)
 install(FILES ${PROJECT_BINARY_DIR}/trelsmartcomp.pc
-        DESTINATION lib/pkgconfig COMPONENT development)
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

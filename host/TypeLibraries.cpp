@@ -65,13 +65,13 @@ std::string joined(const std::vector<fs::path>& folders) {
 fs::path ownLibrary() {
     const auto folder = programFolder();
     const auto beside = folder / ownName;
-    const auto lib = folder.parent_path() / "lib" / ownName;
-    for (const auto& place : {beside, lib})
+    const auto installed = pluginFolder() / ownName;
+    for (const auto& place : {beside, folder.parent_path() / "lib" / ownName, installed})
         if (isThere(place)) return place;
     throw Failure(ExitCode::Usage,
                   fmt::format("{}: the library of component types that comes with this program is "
                               "not there, nor at {}; install it again",
-                              beside.string(), lib.string()));
+                              beside.string(), installed.string()));
 }
 
 // A path as it stands, or what a name stands for.

@@ -1,6 +1,5 @@
 #include "smartcomp/Manager.h"
 
-#include <QString>
 #include <algorithm>
 #include <unordered_map>
 

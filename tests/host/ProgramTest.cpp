@@ -214,7 +214,7 @@ TEST_F(StationRun, AProgramWithoutItsOwnLibraryNamesThePlaces) {
     const Result result = stationAt(path("bin/station"), {"show", file()});
     EXPECT_EQ(result.code, 3);
     EXPECT_THAT(result.err, StartsWith(path("bin/libtrelcomponents.so") + ": the library"));
-    EXPECT_THAT(result.err, HasSubstr(path("lib/libtrelcomponents.so")));
+    EXPECT_THAT(result.err, HasSubstr(path("lib/station/libtrelcomponents.so")));
 }
 
 TEST_F(StationRun, FindsItsOwnLibraryBesideItself) {
