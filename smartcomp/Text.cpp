@@ -1,7 +1,11 @@
 #include "smartcomp/Text.h"
 
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
 #include <iomanip>
 #include <limits>
 #include <locale>
@@ -36,11 +40,45 @@ bool startsWithSign(std::string_view text) {
     return !text.empty() && (text.front() == '-' || text.front() == '+');
 }
 
+#ifdef __cpp_lib_to_chars
+std::from_chars_result readChars(std::string_view text, double& number,
+                                 std::chars_format format = std::chars_format::general) {
+    return std::from_chars(text.data(), text.data() + text.size(), number, format);
+}
+#else
+// For a standard library whose from_chars reads no floating-point numbers: by strtod in the
+// classic locale, less what that takes and from_chars does not.
+std::from_chars_result readChars(std::string_view text, double& number,
+                                 std::chars_format format = std::chars_format::general) {
+    static const locale_t classic = newlocale(LC_ALL_MASK, "C", nullptr);
+    const bool isHex = format == std::chars_format::hex;
+    const std::string prefixed = (isHex ? "0x" : "") + std::string(text);
+    const bool isBlank = text.empty() || whiteSpace.find(text.front()) != text.npos;
+    const std::size_t start = text.starts_with('-') ? 1 : 0;
+    const auto prefix = text.substr(start, 2);
+    if (!isHex && (prefix == "0x" || prefix == "0X")) {  // the 0 is the number
+        number = start == 0 ? 0.0 : -0.0;
+        return {text.data() + start + 1, std::errc()};
+    }
+    char* end = nullptr;
+    errno = 0;
+    const double read = strtod_l(prefixed.c_str(), &end, classic);
+    const auto length = static_cast<std::size_t>(end - prefixed.c_str());
+    const std::size_t before = isHex ? 2 : 0;
+    if (isBlank || text.front() == '+' || length <= before)
+        return {text.data(), std::errc::invalid_argument};
+    const char* const stop = text.data() + (length - before);
+    if (errno == ERANGE && (read == 0 || std::isinf(read)))
+        return {stop, std::errc::result_out_of_range};
+    number = read;
+    return {stop, std::errc()};
+}
+#endif
+
 std::from_chars_result readHex(std::string_view digits, double& number) {
     const std::string_view mantissa = digits.substr(2);
     if (startsWithSign(mantissa)) return {mantissa.data(), std::errc::invalid_argument};
-    return std::from_chars(mantissa.data(), mantissa.data() + mantissa.size(), number,
-                           std::chars_format::hex);
+    return readChars(mantissa, number, std::chars_format::hex);
 }
 
 constexpr bool isDigit(char c) { return '0' <= c && c <= '9'; }
@@ -89,7 +127,7 @@ bool readNumber(std::string_view& text, double& number) {
     if (numeral.starts_with('+')) numeral.remove_prefix(1);
     double read = 0;
     const char* const end = numeral.data() + numeral.size();
-    const auto [stop, error] = std::from_chars(numeral.data(), end, read);
+    const auto [stop, error] = readChars(numeral, read);
     if (error == std::errc::result_out_of_range) return readExtreme(numeral, number);
     if (error != std::errc() || stop != end) return false;
     number = read;
@@ -111,8 +149,7 @@ double toDouble(const std::string& text) {
     const auto [negative, digits] = magnitudeOf(text);
     double number = 0;
     std::errc error = std::errc::invalid_argument;
-    if (!startsWithSign(digits))
-        error = std::from_chars(digits.data(), digits.data() + digits.size(), number).ec;
+    if (!startsWithSign(digits)) error = readChars(digits, number).ec;
     // Behind "0x" stands a hexadecimal number; without one, the 0 is the number.
     if (digits.starts_with("0x") || digits.starts_with("0X")) {
         double hex = 0;
