@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/Check.h"
+#include "host/Command.h"
 #include "host/Commands.h"
 
 namespace trel::host {
@@ -53,19 +54,17 @@ ExitCode check(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addCheck(CLI::App& app, Action& chosen) {
+void addCheck(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "check",
+    Command command(
+        line, "check",
         "Tells all that is wrong with station files, each fault with its place, what it is\n"
         "and what to do. Example: station check station.xml --strict");
-    command.add_option("FILE", options->files, "The station files")->required();
-    addLibraries(command, options->libraries);
-    command.add_flag("--strict", options->strict, "Count warnings as faults, too");
-    command.add_flag("--json", options->json, "Print a JSON object on a line for each fault");
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return check(*options, out); };
-    });
+    command.argument("FILE", options->files, "The station files");
+    command.libraries(options->libraries);
+    command.flag("--strict", options->strict, "Count warnings as faults, too");
+    command.flag("--json", options->json, "Print a JSON object on a line for each fault");
+    command.does([options](std::ostream& out) { return check(*options, out); });
 }
 
 }  // namespace trel::host

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/Diff.h"
 #include "host/Inspections.h"
@@ -42,18 +43,17 @@ ExitCode diff(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addDiff(CLI::App& app, Action& chosen) {
+void addDiff(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "diff", "Prints how two stations differ in what they mean: components, values, wiring and\n"
-                "order, each by its path of names; - is of the first alone, + of the second, * of\n"
-                "both. Layout, comments and ids say nothing. Exit code 1 where they differ.\n"
-                "Example: station diff before.xml after.xml");
-    command.add_option("A", options->a, "A station file")->required();
-    command.add_option("B", options->b, "Another one")->required();
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return diff(*options, out); };
-    });
+    Command command(
+        line, "diff",
+        "Prints how two stations differ in what they mean: components, values, wiring and\n"
+        "order, each by its path of names; - is of the first alone, + of the second, * of\n"
+        "both. Layout, comments and ids say nothing. Exit code 1 where they differ.\n"
+        "Example: station diff before.xml after.xml");
+    command.argument("A", options->a, "A station file");
+    command.argument("B", options->b, "Another one");
+    command.does([options](std::ostream& out) { return diff(*options, out); });
 }
 
 }  // namespace trel::host

@@ -59,13 +59,11 @@ void carryOut(const std::function<void(const Names&)>& change) {
 
 }  // namespace
 
-void addEditOptions(CLI::App& command, EditOptions& options) {
-    command.add_option("FILE", options.file, "The station file")->required();
-    addLibraries(command, options.libraries);
-    command
-        .add_option("--save", options.save,
-                    "Where the station is saved after the edit; in its own place without it")
-        ->type_name("FILE");
+void addEditOptions(Command& command, EditOptions& options) {
+    command.argument("FILE", options.file, "The station file");
+    command.libraries(options.libraries);
+    command.option("--save", options.save, "FILE",
+                   "Where the station is saved after the edit; in its own place without it");
 }
 
 ExitCode edit(const EditOptions& options, std::ostream& out,

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <vector>
 
-#include "host/Commands.h"
+#include "host/Command.h"
 #include "host/Names.h"
 
 namespace trel::host {
@@ -19,7 +19,7 @@ struct EditOptions {
 };
 
 /// FILE, --components and --save.
-void addEditOptions(CLI::App& command, EditOptions& options);
+void addEditOptions(Command& command, EditOptions& options);
 
 /// Opens the station, has it edited, and saves it in the place of the file or as
 /// --save says. Prints the warnings that the edit brings.

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/Graph.h"
 #include "host/Graphviz.h"
@@ -52,26 +53,20 @@ ExitCode graph(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addGraph(CLI::App& app, Action& chosen) {
+void addGraph(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "graph", "Draws how a station is wired, or prints the graph in the DOT language.\n"
-                 "Example: station graph station.xml -o station.svg --values");
-    command.add_option("FILE", options->file, "The station file")->required();
-    command
-        .add_option("-o", options->picture,
-                    "The picture; its name ends in .svg or .png, for which Graphviz is needed, or "
-                    "in .dot")
-        ->type_name("FILE");
-    command.add_flag("--values", options->view.values, "With the values of signals and properties");
-    command
-        .add_option("--depth", options->view.depth,
-                    "How deep aggregations are opened; else as deep as the picture stays readable")
-        ->type_name("NUMBER");
-    addLibraries(command, options->libraries);
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return graph(*options, out); };
-    });
+    Command command(line, "graph",
+                    "Draws how a station is wired, or prints the graph in the DOT language.\n"
+                    "Example: station graph station.xml -o station.svg --values");
+    command.argument("FILE", options->file, "The station file");
+    command.option("-o", options->picture, "FILE",
+                   "The picture; its name ends in .svg or .png, for which Graphviz is needed, or "
+                   "in .dot");
+    command.flag("--values", options->view.values, "With the values of signals and properties");
+    command.option("--depth", options->view.depth, "NUMBER",
+                   "How deep aggregations are opened; else as deep as the picture stays readable");
+    command.libraries(options->libraries);
+    command.does([options](std::ostream& out) { return graph(*options, out); });
 }
 
 }  // namespace trel::host

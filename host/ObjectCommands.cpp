@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "host/Commands.h"
 #include "host/Edges.h"
 #include "host/Edit.h"
 #include "host/Members.h"
@@ -193,31 +194,27 @@ ExitCode rename(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addObjects(CLI::App& app, Action& chosen) {
+void addObjects(const CommandLine& line) {
     auto options = std::make_shared<Options>();
-    CLI::App& removal = *app.add_subcommand(
-        "remove", "Removes components with all that they contain and all their connections, or\n"
-                  "signals and properties with theirs. What names them names nothing then.\n"
-                  "Diagram positions that are of nothing, or doubled, go too.\n"
-                  "Example: station remove station.xml Cell/Gripper Cell.Close");
+    Command removal(line, "remove",
+                    "Removes components with all that they contain and all their connections, or\n"
+                    "signals and properties with theirs. What names them names nothing then.\n"
+                    "Diagram positions that are of nothing, or doubled, go too.\n"
+                    "Example: station remove station.xml Cell/Gripper Cell.Close");
     addEditOptions(removal, options->edit);
-    removal.add_option("NAME", options->names,
-                       "What is removed; nothing but to tidy up without it");
-    removal.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return remove(*options, out); };
-    });
+    removal.optionalArgument("NAME", options->names,
+                             "What is removed; nothing but to tidy up without it");
+    removal.does([options](std::ostream& out) { return remove(*options, out); });
 
     options = std::make_shared<Options>();
     options->names.resize(1);
-    CLI::App& renaming = *app.add_subcommand(
-        "rename", "Gives a component, controller, signal or property another name.\n"
-                  "Example: station rename station.xml Cell/Gripper Hand");
+    Command renaming(line, "rename",
+                     "Gives a component, controller, signal or property another name.\n"
+                     "Example: station rename station.xml Cell/Gripper Hand");
     addEditOptions(renaming, options->edit);
-    renaming.add_option("NAME", options->names.front(), "What is renamed")->required();
-    renaming.add_option("NEW", options->newName, "Its new name")->required();
-    renaming.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return rename(*options, out); };
-    });
+    renaming.argument("NAME", options->names.front(), "What is renamed");
+    renaming.argument("NEW", options->newName, "Its new name");
+    renaming.does([options](std::ostream& out) { return rename(*options, out); });
 }
 
 }  // namespace trel::host

@@ -4,6 +4,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/Interrupt.h"
 #include "host/LiveStation.h"
@@ -148,59 +149,41 @@ ExitCode run(const RunOptions& options, std::ostream& out) {
 
 }  // namespace
 
-void addRun(CLI::App& app, Action& chosen) {
+void addRun(const CommandLine& line) {
     const auto options = std::make_shared<RunOptions>();
-    CLI::App& command = *app.add_subcommand(
-        "run", "Lets a station run, prints what changes, and checks what a scenario expects.\n"
-               "Example: station run station.xml --scenario scenario.yaml --save after.xml");
-    command.add_option("FILE", options->file, "The station file")->required();
-    command
-        .add_option("--scenario", options->scenario,
-                    "What is set, and what must hold, at which time (YAML)")
-        ->type_name("FILE");
-    addTime(command, "--until", options->until, 0,
-            "How long the run lasts in simulation time; else until the scenario ends");
-    addTime(command, "--step", options->step, 1, "How often components are executed; else 10ms");
-    addLibraries(command, options->libraries);
-    command
-        .add_option("--save", options->save,
-                    "Where the station is saved after a good run; nothing is saved without it")
-        ->type_name("FILE");
-    command
-        .add_option("--vcd", options->vcd,
-                    "A waveform file of all signals, for wave viewers; a .gtkw for GTKWave goes "
-                    "beside it")
-        ->type_name("FILE");
-    command.add_option("--csv", options->csv, "All changes and events as comma-separated values")
-        ->type_name("FILE");
-    command
-        .add_option("--junit", options->junit,
-                    "What was expected and what came of it, as CI servers read it")
-        ->type_name("FILE");
-    command
-        .add_option("--report", options->report,
-                    "The run as one HTML page: expectations, events, waveforms, diagram")
-        ->type_name("FILE");
-    command.add_option("--seed", options->seed, "Of random values, in place of the scenario's")
-        ->type_name("NUMBER");
-    command
-        .add_option("--budget", options->budget,
-                    "How many deliveries a step may take before the run is stopped")
-        ->type_name("NUMBER")
-        ->capture_default_str();
-    command.add_flag("--stop-on-fault", options->stopsOnFault,
-                     "Stop when a component fails, instead of setting it aside");
-    command.add_flag("--json", options->json, "Print a JSON object on a line for each change");
-    command
-        .add_option("--watch", options->watch,
-                    "Print only changes of members whose path of names suits, as in "
-                    "\"Cell/*.Out\"; may be given more than once")
-        ->type_name("PATTERN")
-        ->allow_extra_args(false);
-    command.add_flag("--show", options->show, "Print the station after the run, as show does");
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return run(*options, out); };
-    });
+    Command command(line, "run",
+                    "Lets a station run, prints what changes, and checks what a scenario expects.\n"
+                    "Example: station run station.xml --scenario scenario.yaml --save after.xml");
+    command.argument("FILE", options->file, "The station file");
+    command.option("--scenario", options->scenario, "FILE",
+                   "What is set, and what must hold, at which time (YAML)");
+    command.time("--until", options->until, 0,
+                 "How long the run lasts in simulation time; else until the scenario ends");
+    command.time("--step", options->step, 1, "How often components are executed; else 10ms");
+    command.libraries(options->libraries);
+    command.option("--save", options->save, "FILE",
+                   "Where the station is saved after a good run; nothing is saved without it");
+    command.option("--vcd", options->vcd, "FILE",
+                   "A waveform file of all signals, for wave viewers; a .gtkw for GTKWave goes "
+                   "beside it");
+    command.option("--csv", options->csv, "FILE",
+                   "All changes and events as comma-separated values");
+    command.option("--junit", options->junit, "FILE",
+                   "What was expected and what came of it, as CI servers read it");
+    command.option("--report", options->report, "FILE",
+                   "The run as one HTML page: expectations, events, waveforms, diagram");
+    command.option("--seed", options->seed, "NUMBER",
+                   "Of random values, in place of the scenario's");
+    command.option("--budget", options->budget, "NUMBER",
+                   "How many deliveries a step may take before the run is stopped");
+    command.flag("--stop-on-fault", options->stopsOnFault,
+                 "Stop when a component fails, instead of setting it aside");
+    command.flag("--json", options->json, "Print a JSON object on a line for each change");
+    command.option("--watch", options->watch, "PATTERN",
+                   "Print only changes of members whose path of names suits, as in "
+                   "\"Cell/*.Out\"; may be given more than once");
+    command.flag("--show", options->show, "Print the station after the run, as show does");
+    command.does([options](std::ostream& out) { return run(*options, out); });
 }
 
 }  // namespace trel::host

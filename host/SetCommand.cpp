@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "host/Commands.h"
 #include "host/Edit.h"
 #include "host/Members.h"
 #include "host/Numbers.h"
@@ -95,17 +96,16 @@ ExitCode set(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addSet(CLI::App& app, Action& chosen) {
+void addSet(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "set", "Sets signals and properties as they are set while a station is edited, prints all\n"
-               "that changes with them, and saves the station.\n"
-               "Example: station set station.xml Cell/Gripper.Close 1 Belt.Speed 250");
+    Command command(
+        line, "set",
+        "Sets signals and properties as they are set while a station is edited, prints all\n"
+        "that changes with them, and saves the station.\n"
+        "Example: station set station.xml Cell/Gripper.Close 1 Belt.Speed 250");
     addEditOptions(command, options->edit);
-    command.add_option("NAME VALUE", options->settings, "What is set, and to what")->required();
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return set(*options, out); };
-    });
+    command.argument("NAME VALUE", options->settings, "What is set, and to what");
+    command.does([options](std::ostream& out) { return set(*options, out); });
 }
 
 }  // namespace trel::host

@@ -1,5 +1,6 @@
 #include <memory>
 
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/LiveStation.h"
 #include "host/Show.h"
@@ -23,16 +24,15 @@ ExitCode show(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addShow(CLI::App& app, Action& chosen) {
+void addShow(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "show", "Prints the components of a station with their properties, signals, connections\n"
-                "and bindings. Example: station show station.xml");
-    command.add_option("FILE", options->file, "The station file")->required();
-    addLibraries(command, options->libraries);
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return show(*options, out); };
-    });
+    Command command(
+        line, "show",
+        "Prints the components of a station with their properties, signals, connections\n"
+        "and bindings. Example: station show station.xml");
+    command.argument("FILE", options->file, "The station file");
+    command.libraries(options->libraries);
+    command.does([options](std::ostream& out) { return show(*options, out); });
 }
 
 }  // namespace trel::host

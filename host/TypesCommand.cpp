@@ -9,6 +9,7 @@
 #include <string>
 
 #include "host/Child.h"
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/Members.h"
 #include "host/TypeLibraries.h"
@@ -129,16 +130,14 @@ ExitCode types(const Options& options, std::ostream& out) {
 
 }  // namespace
 
-void addTypes(CLI::App& app, Action& chosen) {
+void addTypes(const CommandLine& line) {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "types", "Prints the component types with what they do, their properties and signals.\n"
-                 "Example: station types Timer");
-    command.add_option("NAME", options->name, "The type; all of them without it");
-    addLibraries(command, options->libraries);
-    command.callback([&chosen, options] {
-        chosen = [options](std::ostream& out) { return types(*options, out); };
-    });
+    Command command(line, "types",
+                    "Prints the component types with what they do, their properties and signals.\n"
+                    "Example: station types Timer");
+    command.optionalArgument("NAME", options->name, "The type; all of them without it");
+    command.libraries(options->libraries);
+    command.does([options](std::ostream& out) { return types(*options, out); });
 }
 
 }  // namespace trel::host

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "host/Commands.h"
 #include "host/Edges.h"
 #include "host/Edit.h"
 #include "host/Numbers.h"
@@ -155,45 +156,40 @@ ExitCode move(const Options& options, std::ostream& out) {
     });
 }
 
-using Command = ExitCode (*)(const Options&, std::ostream&);
+using Deed = ExitCode (*)(const Options&, std::ostream&);
 
-CLI::App& add(CLI::App& app, Action& chosen, const std::string& name, const std::string& help,
-              Command function, const std::shared_ptr<Options>& options) {
-    CLI::App& command = *app.add_subcommand(name, help);
+Command add(const CommandLine& line, const std::string& name, const std::string& help, Deed deed,
+            const std::shared_ptr<Options>& options) {
+    Command command(line, name, help);
     addEditOptions(command, options->edit);
-    command.add_option("SOURCE", options->source, "Where it begins, as in Cell/Gripper.Holding")
-        ->required();
-    command.add_option("DESTINATION", options->destination, "Where it ends")->required();
-    command.callback([&chosen, options, function] {
-        chosen = [options, function](std::ostream& out) { return function(*options, out); };
-    });
+    command.argument("SOURCE", options->source, "Where it begins, as in Cell/Gripper.Holding");
+    command.argument("DESTINATION", options->destination, "Where it ends");
+    command.does([options, deed](std::ostream& out) { return deed(*options, out); });
     return command;
 }
 
 }  // namespace
 
-void addWiring(CLI::App& app, Action& chosen) {
+void addWiring(const CommandLine& line) {
     auto options = std::make_shared<Options>();
-    add(app, chosen, "connect",
+    add(line, "connect",
         "Connects two signals, or binds two properties, in the aggregation that contains both.\n"
         "Example: station connect station.xml Cell.Closed Lamp.In --at first",
         connect, options)
-        .add_option("--at", options->place,
-                    "The place in the order in which values are delivered: first, last, or a\n"
-                    "number from 0; else last")
-        ->type_name("PLACE");
+        .option("--at", options->place, "PLACE",
+                "The place in the order in which values are delivered: first, last, or a\n"
+                "number from 0; else last");
     options = std::make_shared<Options>();
-    add(app, chosen, "disconnect",
+    add(line, "disconnect",
         "Deletes the connections or bindings from one to the other.\n"
         "Example: station disconnect station.xml Belt.Running Lamp.In",
         disconnect, options);
     options = std::make_shared<Options>();
-    add(app, chosen, "move",
+    add(line, "move",
         "Gives a connection another place in the order in which values are delivered.\n"
         "Example: station move station.xml Belt.Running Lamp.In first",
         move, options)
-        .add_option("PLACE", options->place, "first, last, or a number from 0")
-        ->required();
+        .argument("PLACE", options->place, "first, last, or a number from 0");
 }
 
 }  // namespace trel::host

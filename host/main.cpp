@@ -2,6 +2,7 @@
 #include <exception>
 #include <iostream>
 
+#include "host/Command.h"
 #include "host/Commands.h"
 #include "host/DeepStack.h"
 #include "host/ManPage.h"
@@ -22,15 +23,16 @@ int main(int argc, char** argv) {
         "6 cannot save.",
         "station");
     Action chosen;
-    addCheck(app, chosen);
-    addGraph(app, chosen);
-    addRun(app, chosen);
-    addShow(app, chosen);
-    addTypes(app, chosen);
-    addSet(app, chosen);
-    addWiring(app, chosen);
-    addObjects(app, chosen);
-    addDiff(app, chosen);
+    const CommandLine line{app, chosen};
+    addCheck(line);
+    addGraph(line);
+    addRun(line);
+    addShow(line);
+    addTypes(line);
+    addSet(line);
+    addWiring(line);
+    addObjects(line);
+    addDiff(line);
     app.require_subcommand(1);
     // For whoever installs the program; the help does not show it.
     const auto printManPage = [&app] {
