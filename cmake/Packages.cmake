@@ -34,11 +34,19 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 file(WRITE ${PROJECT_BINARY_DIR}/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/triggers)
-# Geometry calls nothing of libc.
-file(WRITE ${PROJECT_BINARY_DIR}/overrides
-     "${runtime}: library-not-linked-against-libc [*/libtrelrob.so.*]\n")
-install(FILES ${PROJECT_BINARY_DIR}/overrides DESTINATION share/lintian/overrides
-        RENAME ${runtime} COMPONENT runtime)
+# CPack calls ldconfig from scripts, beside the trigger; and geometry calls nothing of libc.
+set(${runtime}_overrides maintscript-calls-ldconfig
+    "library-not-linked-against-libc [*/libtrelrob.so.*]")
+set(${host}_overrides maintscript-calls-ldconfig)
+foreach(component IN ITEMS runtime host)
+  set(package ${${component}})
+  set(overrides ${${package}_overrides})
+  list(TRANSFORM overrides PREPEND "${package}: ")
+  list(JOIN overrides "\n" overrides)
+  file(WRITE ${PROJECT_BINARY_DIR}/lintian/${package} "${overrides}\n")
+  install(FILES ${PROJECT_BINARY_DIR}/lintian/${package} DESTINATION share/lintian/overrides
+          COMPONENT ${component})
+endforeach()
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime} (= ${PROJECT_VERSION})")
