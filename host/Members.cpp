@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "host/Objects.h"
+#include "host/PropertyText.h"
 
 namespace trel::host {
 
@@ -90,6 +91,15 @@ std::string choicesOf(const Member& property) {
          componentOf(property.object)->getEnumPropertyList(property.id, ""))
         choices += (choices.empty() ? "one of " : ", ") + choice;
     return choices;
+}
+
+std::string insteadOf(const Member& property, const std::string& text) {
+    const std::string& type = propertyOf(property)->type();
+    const std::string_view wanted = text.empty() ? "" : wantedFor(type, text);
+    if (wanted.empty() && componentOf(property.object)->validatePropertyValue(property.id, text))
+        return {};
+    if (const std::string choices = choicesOf(property); !choices.empty()) return choices;
+    return wanted.empty() ? "another value of type " + type : std::string(wanted);
 }
 
 std::optional<SignalValue> signalValueOf(const Member& member) {

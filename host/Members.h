@@ -36,6 +36,10 @@ bool isAutoReset(const Member& signal);
 /// names no choices.
 std::string choicesOf(const Member& property);
 
+/// What to set a property to instead of the text, "a whole number", where its type or its
+/// component refuses the text; empty where neither does.
+std::string insteadOf(const Member& property, const std::string& text);
+
 std::optional<SignalValue> signalValueOf(const Member& member);
 
 /// What a member holds, as people see it: a signal's number by the alternative

@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "host/Inspections.h"
-#include "platform/sdf/ValueText.h"
+#include "host/PropertyText.h"
 #include "platform/station/Station.h"
 #include "smartcomp/Property.h"
 
@@ -36,44 +36,10 @@ const MemberCodes propertyCodes = {"property", "property-id-missing", "property-
 const MemberCodes signalCodes = {"signal", "signal-id-missing", "signal-id-twice",
                                  "signal-name-missing", "signal-name-twice"};
 
-bool isValue(std::string_view type, std::string_view text) {
-    try {
-        sdf::valuetext::parse(type, text);
-        return true;
-    } catch (const std::invalid_argument&) {
-        return false;
-    }
+// What was made and not read has no line.
+std::string theOneIn(unsigned line) {
+    return line == 0 ? "another one" : fmt::format("the one in line {}", line);
 }
-
-bool areNumbers(std::string_view text, unsigned wanted) {
-    constexpr std::string_view blanks = " \t\r\n";
-    for (unsigned found = 0;; ++found) {
-        text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
-        if (text.empty()) return found == wanted;
-        const std::string_view word = text.substr(0, text.find_first_of(blanks));
-        if (!isValue("double", word)) return false;
-        text.remove_prefix(word.size());
-    }
-}
-
-// What a text of a property type must be, and whether one is; nothing for types
-// that take any text.
-struct TextRule {
-    std::string_view type;
-    std::string_view wanted;
-    bool (*holds)(std::string_view);
-};
-constexpr std::array textRules = {
-    TextRule{"Int32", "a whole number", [](std::string_view t) { return isValue("int", t); }},
-    TextRule{"Index", "a whole number", [](std::string_view t) { return isValue("int", t); }},
-    TextRule{"Double", "a number such as -0.5",
-             [](std::string_view t) { return isValue("double", t); }},
-    TextRule{"Bool", "1 or 0", [](std::string_view t) { return isValue("bool", t); }},
-    TextRule{"Vector3", "three numbers with blanks between them",
-             [](std::string_view t) { return areNumbers(t, 3); }},
-    TextRule{"Orient", "the four numbers of a quaternion, w x y z",
-             [](std::string_view t) { return areNumbers(t, 4); }},
-};
 
 class Inspection {
 public:
@@ -139,16 +105,16 @@ private:
                             fmt::format("the {} has no id", codes.tag));
             else if (const auto [entry, fresh] = ids.emplace(id, line); !fresh)
                 faults_.add(codes.idTwice, *member, path(),
-                            fmt::format("the {} has the id {} of the one in line {}", codes.tag, id,
-                                        entry->second));
+                            fmt::format("the {} has the id {} of {}", codes.tag, id,
+                                        theOneIn(entry->second)));
             if (codes.tag == "signal" && !inspectSignalName(*member, path())) continue;
             if (const std::string name = nameOfMember(*member); name.empty())
                 faults_.add(codes.nameMissing, *member, path(),
                             fmt::format("the {} has no name", codes.tag));
             else if (const auto [entry, fresh] = names.emplace(name, line); !fresh)
                 faults_.add(codes.nameTwice, *member, path(),
-                            fmt::format("the {} has the name of the one in line {}", codes.tag,
-                                        entry->second));
+                            fmt::format("the {} has the name of {}", codes.tag,
+                                        theOneIn(entry->second)));
             if (codes.tag == "property")
                 inspectProperty(owner, *member);
             else
@@ -183,23 +149,23 @@ private:
         }
         const std::string text = property.asString("value");
         if (type == "ObjectId") return inspectReference(property, text, path);
-        const auto rule = std::ranges::find(textRules, type, &TextRule::type);
-        if (rule == textRules.end()) return;
+        const std::string_view wanted = wantedFor(type, text);
+        if (wanted.empty()) return;
         if (text.empty())
             faults_.add("property-empty", property, path,
                         fmt::format("the property is empty, which is no {}", type),
-                        fmt::format("write {}", rule->wanted));
-        else if (!rule->holds(text))
+                        fmt::format("write {}", wanted));
+        else
             faults_.addAndNote("property-text", property, path,
                                fmt::format("the property holds \"{}\", which is no {}", text, type),
-                               fmt::format("write {}", rule->wanted));
+                               fmt::format("write {}", wanted));
     }
 
     void inspectReference(const sdf::Element& property, const std::string& text,
                           const std::string& path) {
         if (text.empty())
             return faults_.add("object-id-empty", property, path, "the property names no object");
-        if (!isValue("uint", text))
+        if (!wantedFor("ObjectId", text).empty())
             return faults_.addAndNote("object-id-text", property, path,
                                       fmt::format("the property holds \"{}\", which is no object "
                                                   "id",

@@ -163,13 +163,10 @@ private:
                                                  wish.path));
             return false;
         }
-        smartcomp::SmartComponent& component = *componentOf(member.object);
-        if (component.validatePropertyValue(member.id, wish.value)) return true;
-        const std::string choices = choicesOf(member);
+        const std::string instead = insteadOf(member, wish.value);
+        if (instead.empty()) return true;
         complain(wish.valuePlace,
-                 fmt::format("{} cannot be \"{}\"; write {}", wish.path, wish.value,
-                             choices.empty() ? "a value of type " + propertyOf(member)->type()
-                                             : choices));
+                 fmt::format("{} cannot be \"{}\"; write {}", wish.path, wish.value, instead));
         return false;
     }
 

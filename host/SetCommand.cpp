@@ -63,12 +63,9 @@ void setSignal(const Member& member, SignalValue value) {
 }
 
 void setProperty(const Member& member, const std::string& path, const std::string& text) {
+    if (const std::string instead = insteadOf(member, text); !instead.empty())
+        refuse(path, text, instead);
     smartcomp::SmartComponent& component = *componentOf(member.object);
-    if (!component.validatePropertyValue(member.id, text)) {
-        const std::string choices = choicesOf(member);
-        refuse(path, text,
-               choices.empty() ? "a value of type " + propertyOf(member)->type() : choices);
-    }
     const smartcomp::Hold hold(component);
     component.setPropertyValue(member.id, text);
 }

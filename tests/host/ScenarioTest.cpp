@@ -114,10 +114,9 @@ TEST_F(ScenarioTest, AValueThatTheRunTimePathCannotCarryIsRefused) {
 }
 
 TEST_F(ScenarioTest, APropertyTextThatItsTypeCannotUseIsRefused) {
-    EXPECT_EQ(
-        faultOfSet("'\"Belt 1.5\".property#3': fast"),
-        "s.yaml:4:32: error: \"Belt 1.5\".property#3 cannot be \"fast\"; write a value of type "
-        "Double");
+    EXPECT_EQ(faultOfSet("'\"Belt 1.5\".property#3': fast"),
+              "s.yaml:4:32: error: \"Belt 1.5\".property#3 cannot be \"fast\"; write a number "
+              "such as -0.5");
     EXPECT_EQ(faultOfSet("'\"Belt 1.5\".property#3': 12.5"), "good");
 }
 
