@@ -9,8 +9,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <exception>
 #include <system_error>
+
+#include "host/Failure.h"
 
 namespace trel::host {
 
@@ -54,11 +55,8 @@ constexpr int threw = 1;
     std::string output;
     try {
         output = work();
-    } catch (const std::exception& error) {
-        output = error.what();
-        code = threw;
     } catch (...) {
-        output = "an exception that is no std::exception";
+        output = textOfThrown();
         code = threw;
     }
     writeAll(descriptor, output);

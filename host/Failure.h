@@ -34,6 +34,11 @@ private:
 inline std::string textOfThrown() {
     try {
         throw;
+    } catch (const std::out_of_range& error) {
+        // What the library says of an id that it does not find tells a user nothing.
+        const std::string text = error.what();
+        const bool isLookUp = text == "invalid unordered_map<K, T> key";
+        return isLookUp ? text + " (it asked for an id that is not there)" : text;
     } catch (const std::exception& error) {
         return error.what();
     } catch (...) {

@@ -106,9 +106,10 @@ void load(const fs::path& path, const fs::path& called) {
     const auto abi = find<int()>(handle, "trelComponentsAbi");
     const auto enter = find<void()>(handle, "trelRegisterComponents");
     if (!abi || !enter)
-        refuse(called, fmt::format("is no library of component types: it lacks the function {}; "
-                                   "define both functions of smartcomp/TypeLibrary.h",
-                                   abi ? "trelRegisterComponents" : "trelComponentsAbi"));
+        refuse(called,
+               fmt::format("is no library of component types: it lacks the function {}; "
+                           "include smartcomp/TypeLibrary.h and define both of its functions",
+                           abi ? "trelRegisterComponents" : "trelComponentsAbi"));
     try {
         if (const int number = abi(); number != smartcomp::typeLibraryAbi)
             refuse(called, fmt::format("was built for class layout {}, this program has {}; "
@@ -139,6 +140,9 @@ std::string trial(const fs::path& path, const fs::path& called) {
             std::string names;
             try {
                 load(path, called);
+                if (typeNames().empty())
+                    refuse(called, "registers no component types; let its function "
+                                   "trelRegisterComponents call Manager::registerType");
             } catch (const Failure& failure) {
                 return fmt::format("!{}", failure.what());
             }

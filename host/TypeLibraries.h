@@ -14,8 +14,8 @@ namespace trel::host {
 /// keeps its texts.
 /// \throws Failure (usage) naming the library, for one that is not found, cannot
 /// be loaded, is no library of component types, was built for another layout of
-/// the classes, fails or ends the process while registering, or brings a type
-/// that one before it brings.
+/// the classes, fails or ends the process while registering, registers nothing, or
+/// brings a type that one before it brings.
 void loadTypeLibraries(const std::vector<std::filesystem::path>& libraries);
 
 /// Where a library is looked for by its name: the folders that the environment

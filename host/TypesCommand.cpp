@@ -11,8 +11,12 @@
 #include "host/Child.h"
 #include "host/Command.h"
 #include "host/Commands.h"
+#include "host/Failure.h"
+#include "host/Inspections.h"
 #include "host/Members.h"
+#include "host/StationMap.h"
 #include "host/TypeLibraries.h"
+#include "platform/station/Station.h"
 #include "smartcomp/Lifecycle.h"
 #include "smartcomp/Manager.h"
 #include "smartcomp/StationLogic.h"
@@ -92,16 +96,34 @@ std::string membersOf(SmartComponent& component) {
     return text;
 }
 
+// What `station check` would say of what the type gave its new component.
+std::string faultsNow() {
+    const StationMap map(*GetStationElem());
+    FaultList faults;
+    inspectKeys(*GetStationElem(), map, faults);
+    inspectObjects(map, faults);
+    std::string text;
+    for (const Fault& fault : faults.take())
+        text += fmt::format("  {}: {}: {}; {} [{}]\n", nameOf(fault.code->severity), fault.path,
+                            fault.text, fault.remedy, fault.code->code);
+    return text;
+}
+
+std::string madeOf(const std::string& type) {
+    constexpr unsigned id = 10;
+    const unsigned parent = smartcomp::StationLogic::inst()->id();
+    std::string text;
+    try {
+        text = membersOf(*smartcomp::Build(type, id, type, parent));
+    } catch (...) {
+        text = fmt::format("  a component cannot be made: {}\n", textOfThrown());
+    }
+    return text + faultsNow();
+}
+
 // Somebody else's code makes the component.
 std::string textOf(const Manager::Type& type) {
-    const ChildResult made = inChild(
-        [&] {
-            constexpr unsigned id = 10;
-            const std::string name(type.name);
-            return membersOf(*smartcomp::Build(name, id, name,
-                                               smartcomp::StationLogic::inst()->id()));
-        },
-        60);
+    const ChildResult made = inChild([&] { return madeOf(std::string(type.name)); }, 60);
     return fmt::format("{}{}\n  {}\n{}", type.name, libraryOf(type), descriptionOf(type),
                        made.end.empty()
                            ? made.output

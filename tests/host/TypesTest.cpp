@@ -14,6 +14,7 @@ namespace trel::test {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -65,8 +66,28 @@ TEST(Types, OfAllLibrariesAreListedByName) {
     EXPECT_THAT(all, HasSubstr("\nBare  (libstation_test_Odd.so)\n  It has no description.\n"));
     EXPECT_THAT(all, HasSubstr("\nCrasher  (libstation_test_Odd.so)\n  It has no description.\n"
                                "  a component cannot be made: ended with \"Aborted\"\n"));
-    EXPECT_THAT(all, HasSubstr("a component cannot be made: failed: misses its settings\n"));
+    EXPECT_THAT(all, HasSubstr("a component cannot be made: misses its settings\n"));
     EXPECT_LT(all.find("Bare"), all.find("Buffer"));
+}
+
+TEST(Types, WhatANewComponentGetsIsCheckedAsAFileIs) {
+    const std::string sloppy = station({"types", "Sloppy", "--components", library("Odd")}).out;
+    EXPECT_THAT(sloppy, HasSubstr("  a component cannot be made: bad optional access\n"
+                                  "  error: Sloppy.Speed: \"double\" is no property type; write "
+                                  "ObjectId, Int32, Double,"));
+    EXPECT_THAT(sloppy,
+                HasSubstr("  error: Sloppy.Out: the signal has the id 1 of another one; give "
+                          "each its own [signal-id-twice]\n"));
+    EXPECT_THAT(sloppy,
+                HasSubstr("  warning: Sloppy.In: \"DigitalOut\" is no signal type; write "));
+    EXPECT_THAT(station({"types"}).out, Not(AnyOf(HasSubstr(" error: "), HasSubstr(" warning: "))));
+}
+
+TEST(Types, OneThatAsksForWhatIsNotThereIsToldSo) {
+    EXPECT_THAT(
+        station({"types", "Asker", "--components", library("Odd")}).out,
+        HasSubstr("a component cannot be made: invalid unordered_map<K, T> key (it asked for "
+                  "an id that is not there)\n"));
 }
 
 TEST(Types, OneThatIsUnknownIsAnsweredWithTheNearest) {
@@ -145,7 +166,8 @@ TEST_F(TypeLibraries, StandInTheDocumentationWithTheirRealMessages) {
     documented(path("none.so"));
     documented("none");
     documented(write("text.so", "no library"));
-    for (const std::string name : {"Nothing", "OtherLayout", "Twice", "Failing", "Crashing"})
+    for (const std::string name :
+         {"Nothing", "OtherLayout", "Empty", "Twice", "Failing", "Crashing"})
         documented(library(name));
 }
 

@@ -67,6 +67,32 @@ public:
     }
 };
 
+// Asks for what a new one does not have.
+class Asker final : public Odd {
+public:
+    using Odd::Odd;
+    void readPropertyValues() override { getProperty(1); }
+};
+
+// Starts with what is no property or signal.
+class Sloppy final : public Odd {
+public:
+    explicit Sloppy(std::shared_ptr<sdf::Element> element)
+        : Odd((furnish(*element), std::move(element))) {}
+
+private:
+    static void furnish(sdf::Element& element) {
+        for (const char* const name : {"In", "Out"}) {
+            const auto signal = element.append("signal")->setId(1);
+            signal->touch("name")->setValue(std::string(name));
+            signal->touch("type")->setValue(std::string("DigitalOut"));
+        }
+        element.appendObject("property", 1, "Speed")
+            ->touch("type")
+            ->setValue(std::string("double"));
+    }
+};
+
 // Ends the process that makes it.
 class Crasher final : public Odd {
 public:
@@ -117,4 +143,6 @@ void trelRegisterComponents() {
     enter<Touchy>("Touchy");
     enter<Odd>("Bare");
     enter<Fragile>("Fragile");
+    enter<Asker>("Asker");
+    enter<Sloppy>("Sloppy");
 }

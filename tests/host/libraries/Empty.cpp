@@ -1,0 +1,5 @@
+// A library that could bring types, and brings none.
+#include "smartcomp/TypeLibrary.h"
+
+int trelComponentsAbi() { return trel::smartcomp::typeLibraryAbi; }
+void trelRegisterComponents() {}
