@@ -104,7 +104,7 @@ private:
     }
 
     void readMember(const MappedObject& owner, sdf::Element& member) {
-        Thing thing{member.tag(), {}};
+        Thing thing{std::string(member.tag()), {}};
         keysOf(member, {"type", "unit", "description", "uivisible", "read_only", "auto_reset"},
                thing.values);
         const bool isReference = member.asString("type") == "ObjectId";

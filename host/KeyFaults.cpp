@@ -131,7 +131,8 @@ private:
         for (const Element* node = owner.firstChild(); node; node = node->nextSibling()) {
             if (isPassedOver(*node)) continue;
             if (node->kind() == Kind::Text) {
-                faults_.add("text-unknown", *node, path(), "text stands in <" + owner.tag() + ">");
+                faults_.add("text-unknown", *node, path(),
+                            fmt::format("text stands in <{}>", owner.tag()));
                 continue;
             }
             const auto key = std::ranges::find(form.keys, node->tag(), &Key::tag);

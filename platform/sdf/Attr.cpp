@@ -10,15 +10,14 @@
 namespace sdf {
 
 Attr::Attr(std::string_view name, std::string_view type, std::any value, bool persistent)
-    : name_(name.empty() ? nullptr : std::make_unique<const std::string>(name)),
-      value_(std::move(value)),
-      persistent_(persistent) {
+    : value_(std::move(value)),
+      given_(std::make_unique<const Given>(Given{std::string(name), persistent})) {
     if (Type(value_.type()) != type)
         throw std::invalid_argument("a value of type " + Type(value_.type()) + " is no " +
                                     std::string(type));
 }
 
-Attr::Attr(std::any value) : value_(std::move(value)), persistent_(true) { Type(value_.type()); }
+Attr::Attr(std::any value) : value_(std::move(value)) { Type(value_.type()); }
 
 Attr::~Attr() = default;
 Attr::Attr(Attr&&) noexcept = default;
@@ -48,9 +47,9 @@ void Attr::set(const std::any& value) {
     value_ = value;
 }
 
-std::any Attr::exchange(std::any value) {
-    if (value.has_value()) Type(value.type());  // may throw: the old value stays
-    return std::exchange(value_, std::move(value));
+void Attr::set(std::any&& value) {
+    Type(value.type());  // may throw: the old value stays
+    value_ = std::move(value);
 }
 
 bool Attr::setText(std::string_view text) {

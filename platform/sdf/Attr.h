@@ -35,18 +35,17 @@ public:
     /// the old one stays.
     void set(const std::any& value);
 
-    /// The same without a copy, and gives back the old value. An empty one is
-    /// taken too, and allocates as little as any other.
-    std::any exchange(std::any value);
+    /// The same without a copy.
+    void set(std::any&& value);
 
     /// Takes a text in the place of a text; false, and nothing done, where it holds
     /// anything else.
     bool setText(std::string_view text);
 
-    std::string_view name() const { return name_ ? *name_ : std::string_view(); }
+    std::string_view name() const { return given_ ? given_->name : std::string_view(); }
     const std::string& type() const { return Type(value_.type()); }
     const std::any& value() const { return value_; }
-    bool isPersistent() const { return persistent_; }
+    bool isPersistent() const { return !given_ || given_->isPersistent; }
 
     /// The document's name of a program type: "string", "bool", "int", "uint",
     /// "uint64", "double", "vec3" or "pose".
@@ -54,9 +53,17 @@ public:
     static const std::string& Type(const std::type_info& type);
 
 private:
-    std::unique_ptr<const std::string> name_;  // null when empty, as it mostly is
+    friend class Element;
+
+    struct Given {
+        std::string name;
+        bool isPersistent;
+    };
+
+    Attr() = default;  // the own value of an element that has none
+
     std::any value_;
-    bool persistent_;
+    std::unique_ptr<const Given> given_;  // null for an own value
 };
 
 }  // namespace sdf

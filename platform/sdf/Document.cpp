@@ -102,7 +102,7 @@ std::string Document::text(const LeftOut& leftOut) const {
         writer.write(*root_);
         for (const auto& note : after_) writer.write(*note);
     } catch (const WriteFault& fault) {
-        throw DocumentError(root_->tag(), {}, fault.what());
+        throw DocumentError(std::string(root_->tag()), {}, fault.what());
     }
     return std::move(writer).text();
 }

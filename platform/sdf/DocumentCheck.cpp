@@ -63,6 +63,7 @@ private:
     bool ended() const { return pos_ == text_.size(); }
     bool isAt(std::string_view token) const { return text_.substr(pos_).starts_with(token); }
     bool isAt(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
+    bool isAtTagEnd() const { return isAt('>') || (isAt('/') && isAt("/>")); }
     bool skipBlanks();
     std::string_view name(std::string_view bearer);
     std::string_view quotedValue();
@@ -189,7 +190,7 @@ void Check::startTag() {
         if (ended())
             fail(pos_, "the file ends inside the tag <" + std::string(tag) + "> of line " +
                            lineOf(start) + "; \">\" is expected");
-        if (isAt('>') || isAt("/>")) break;
+        if (isAtTagEnd()) break;
         if (!apart && !attributes_.empty() && text_[pos_] != '/')
             fail(pos_, "two attributes stand without a blank between them; a blank is expected");
         attribute();
@@ -206,6 +207,7 @@ void Check::attribute() {
 }
 
 void Check::distinctAttributes() {
+    if (attributes_.size() < 2) return;
     constexpr std::size_t few = 4;
     if (attributes_.size() <= few) {
         bool areDistinct = true;
@@ -283,8 +285,8 @@ void Check::instruction() {
 
 void Check::text() {
     pos_ = xml::behindBlanks(text_, pos_);
+    if (ended() || isAt('<')) return;
     const std::size_t end = std::min(text_.find('<', pos_), text_.size());
-    if (pos_ == end) return;
     hasText_ = true;
     const std::string_view run = text_.substr(pos_, end - pos_);
     const std::size_t bracket = run.find("]]>");
@@ -355,9 +357,10 @@ std::string_view Check::quotedValue() {
     const char quote = text_[pos_];
     const std::size_t start = ++pos_;
     while (true) {
-        const auto stops = [&](char c) { return c == quote || c == '&' || c == '<'; };
-        pos_ = static_cast<std::size_t>(std::find_if(text_.begin() + pos_, text_.end(), stops) -
-                                        text_.begin());
+        const char* at = text_.data() + pos_;
+        const char* const end = text_.data() + text_.size();
+        while (at != end && *at != quote && *at != '&' && *at != '<') ++at;
+        pos_ = static_cast<std::size_t>(at - text_.data());
         if (ended()) fail(start - 1, "the value does not end; a second quotation mark is expected");
         if (text_[pos_] == quote) break;
         if (text_[pos_] == '<')

@@ -62,70 +62,48 @@ unsigned idOf(std::string_view text, std::size_t offset) {
     return id;
 }
 
-// The offsets of the attributes of one tag, in order; looked for once they are asked
-// for, which is mostly never.
-class AttributeFinder {
+}  // namespace
+
+// The checked text holds nothing that the operations of an element would refuse.
+class DocumentReader {
 public:
-    AttributeFinder(std::string_view text, std::size_t behindTag) : text_(text), pos_(behindTag) {}
-
-    void next() { ++ahead_; }
-    std::size_t name() {
-        find();
-        return name_;
-    }
-    std::size_t value() {
-        find();
-        return value_;
-    }
-
-private:
-    void find() {
-        for (; ahead_ != 0; --ahead_) {
-            name_ = xml::behindBlanks(text_, pos_);
-            value_ = text_.find_first_of("\"'", name_) + 1;
-            pos_ = text_.find(text_[value_ - 1], value_) + 1;
-        }
-    }
-
-    std::string_view text_;
-    std::size_t pos_;
-    std::size_t name_ = 0;
-    std::size_t value_ = 0;
-    std::size_t ahead_ = 0;
-};
-
-class Reader {
-public:
-    Reader(std::string_view text, bool hasText, const OnValueFault& onFault)
-        : text_(text), places_(text), hasText_(hasText), onFault_(onFault) {}
+    DocumentReader(std::string_view text, bool hasText, const OnValueFault& onFault)
+        : text_(text), parsed_(text), places_(text), hasText_(hasText), onFault_(onFault) {}
 
     DocumentParts parts();
 
 private:
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
-    void attributes(const xml_node& node, const std::shared_ptr<Element>& e, std::size_t behindTag);
-    void attribute(const xml_attribute& attribute, Element& e, AttributeFinder& offsets);
-    void ownValue(Element& e, std::string_view type, const char* text, AttributeFinder& offsets);
+    void attribute(const xml_attribute& attribute, Element& e);
+    void ownValue(Element& e, const xml_attribute& attribute);
     void children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText);
     std::shared_ptr<Element> key(const xml_node& node, const Element& parent, bool insideText);
     std::shared_ptr<Element> note(const xml_node& node);
+    std::shared_ptr<Element> note(Kind kind, std::string_view tag, std::string_view text,
+                                  std::size_t offset);
     template <typename Reading>
     void tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const;
     std::shared_ptr<Element> placed(std::shared_ptr<Element> e, std::size_t offset);
 
     bool hasText(const xml_node& node) const;
-    static std::size_t offsetOf(const xml_node& node);
+    std::size_t startOf(const xml_node& node) const;
+
+    // The parser leaves names and values where they stand in the text that it was given.
+    std::size_t offsetOf(const char* parsed) const {
+        return static_cast<std::size_t>(parsed - parsed_.data());
+    }
 
     std::string_view text_;
+    std::string parsed_;  // the parser writes into it
     PlaceFinder places_;
     bool hasText_;
     const OnValueFault& onFault_;
 };
 
-DocumentParts Reader::parts() {
+DocumentParts DocumentReader::parts() {
     pugi::xml_document document;
-    const auto result =
-        document.load_buffer(text_.data(), text_.size(), parseFlags(hasText_), pugi::encoding_utf8);
+    const auto result = document.load_buffer_inplace(parsed_.data(), parsed_.size(),
+                                                     parseFlags(hasText_), pugi::encoding_utf8);
     if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!result)
         throw TextFault(static_cast<std::size_t>(result.offset),
@@ -140,45 +118,35 @@ DocumentParts Reader::parts() {
     return parts;
 }
 
-std::shared_ptr<Element> Reader::element(const xml_node& node, bool insideText) {
-    const std::size_t start = offsetOf(node);
-    const std::string_view tag = node.name();
-    auto e = placed(Element::Create(tag), start);
-    attributes(node, e, start + 1 + tag.size());
+std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insideText) {
+    const char* const tag = node.name();
+    auto e = placed(Element::Make(Kind::Element, tag), startOf(node));
+    for (auto each = node.first_attribute(); each; each = each.next_attribute())
+        tolerantly(e, [&] { attribute(each, *e); });
     children(node, e, insideText || (hasText_ && hasText(node)));
     return e;
 }
 
-void Reader::attributes(const xml_node& node, const std::shared_ptr<Element>& e,
-                        std::size_t behindTag) {
-    AttributeFinder offsets(text_, behindTag);
-    for (const xml_attribute& each : node.attributes()) {
-        offsets.next();
-        tolerantly(e, [&] { attribute(each, *e, offsets); });
-    }
-}
-
-void Reader::attribute(const xml_attribute& attribute, Element& e, AttributeFinder& offsets) {
+void DocumentReader::attribute(const xml_attribute& attribute, Element& e) {
     const std::string_view name = attribute.name();
     if (name == "id") {
-        e.setId(idOf(attribute.value(), offsets.value()));
+        e.setId(idOf(attribute.value(), offsetOf(attribute.value())));
     } else if (name == "name") {
         e.setName(attribute.value());
     } else if (valuetext::isTypeName(name)) {
-        ownValue(e, name, attribute.value(), offsets);
+        ownValue(e, attribute);
     } else {
         if (name == "value" && e.ownValue())
-            throw ValueTextFault(Fault::SecondValue, offsets.name(),
+            throw ValueTextFault(Fault::SecondValue, offsetOf(name.data()),
                                  "the element has a value of its own and an attribute \"value\"; "
                                  "one of the two is expected");
-        e.append(placed(Element::CreateNote(Kind::Attribute, name, attribute.value()),
-                        offsets.name()));
+        e.appendNew(note(Kind::Attribute, name, attribute.value(), offsetOf(name.data())));
     }
 }
 
 // Passes a fault on to who is to be told.
 template <typename Reading>
-void Reader::tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const {
+void DocumentReader::tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const {
     if (!onFault_) return reading();
     try {
         reading();
@@ -187,100 +155,105 @@ void Reader::tolerantly(const std::shared_ptr<Element>& e, const Reading& readin
     }
 }
 
-void Reader::ownValue(Element& e, std::string_view type, const char* text,
-                      AttributeFinder& offsets) {
+void DocumentReader::ownValue(Element& e, const xml_attribute& attribute) {
+    const std::string_view type = attribute.name();
+    const char* const text = attribute.value();
     if (e.ownValue())
-        throw ValueTextFault(Fault::SecondValue, offsets.name(),
+        throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
                              "the element has a value of type " + e.ownValue()->type() +
                                  " and one of type " + std::string(type) +
                                  "; one value is expected");
     if (e.get("value"))
-        throw ValueTextFault(Fault::SecondValue, offsets.name(),
+        throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
                              "the element has an attribute \"value\" and a value of its own; one "
                              "of the two is expected");
-    std::any value;
     try {
-        value = valuetext::parse(type, text);
+        e.attr_.set(valuetext::parse(type, text));
     } catch (const std::invalid_argument&) {
-        throw ValueTextFault(Fault::Value, offsets.value(),
+        throw ValueTextFault(Fault::Value, offsetOf(text),
                              xml::quoted(text) + " is no value of type " + std::string(type) +
                                  "; " + std::string(expectedFor(type)) + " expected");
     }
-    e.restoreValue(std::move(value));
 }
 
-void Reader::children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText) {
+void DocumentReader::children(const xml_node& node, const std::shared_ptr<Element>& e,
+                              bool insideText) {
     std::string text;  // adjacent texts are one
     std::size_t textStart = 0;
     const auto endText = [&] {
         if (text.empty()) return;
-        e->append(placed(Element::CreateNote(Kind::Text, {}, text), textStart));
+        e->appendNew(note(Kind::Text, {}, text, textStart));
         text.clear();
     };
-    for (const xml_node& child : node) {
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) {
+    for (auto child = node.first_child(); child; child = child.next_sibling()) {
+        const auto type = child.type();
+        if (type == pugi::node_pcdata || type == pugi::node_cdata) {
             if (!insideText) continue;
-            if (text.empty()) textStart = offsetOf(child);
+            if (text.empty()) textStart = startOf(child);
             text += child.value();
             continue;
         }
         endText();
-        if (child.type() != pugi::node_element) {
-            e->append(note(child));
-            continue;
-        }
-        tolerantly(e, [&] { e->append(key(child, *e, insideText)); });
+        if (type == pugi::node_element)
+            tolerantly(e, [&] { e->appendNew(key(child, *e, insideText)); });
+        else
+            e->appendNew(note(child));
     }
     endText();
 }
 
 // A child that does not stand beside its parent's value as a second one.
-std::shared_ptr<Element> Reader::key(const xml_node& node, const Element& parent, bool insideText) {
+std::shared_ptr<Element> DocumentReader::key(const xml_node& node, const Element& parent,
+                                             bool insideText) {
     auto inner = element(node, insideText);
     if (inner->tag() == "value" && parent.ownValue() && inner->value().has_value())
-        throw ValueTextFault(Fault::SecondValue, offsetOf(node),
+        throw ValueTextFault(Fault::SecondValue, startOf(node),
                              "the element has a value of its own and a key \"value\" that holds "
                              "one; one of the two is expected");
     return inner;
 }
 
-std::shared_ptr<Element> Reader::note(const xml_node& node) {
+std::shared_ptr<Element> DocumentReader::note(const xml_node& node) {
     const Kind kind = node.type() == pugi::node_comment ? Kind::Comment : Kind::Instruction;
-    return placed(Element::CreateNote(kind, node.name(), node.value()), offsetOf(node));
+    return note(kind, node.name(), node.value(), startOf(node));
 }
 
-std::shared_ptr<Element> Reader::placed(std::shared_ptr<Element> e, std::size_t offset) {
+std::shared_ptr<Element> DocumentReader::note(Kind kind, std::string_view tag,
+                                              std::string_view text, std::size_t offset) {
+    auto note = placed(Element::Make(kind, tag), offset);
+    note->attr_.set(std::string(text));
+    return note;
+}
+
+std::shared_ptr<Element> DocumentReader::placed(std::shared_ptr<Element> e, std::size_t offset) {
     e->setPlace(places_.placeOf(offset));
     return e;
 }
 
 // Whether the node holds text that is more than the layout of the file: not
 // blank, or put down as character data or as references.
-bool Reader::hasText(const xml_node& node) const {
+bool DocumentReader::hasText(const xml_node& node) const {
     for (const xml_node& child : node) {
         if (child.type() == pugi::node_cdata && *child.value()) return true;
         if (child.type() != pugi::node_pcdata) continue;
-        if (text_[xml::behindBlanks(text_, offsetOf(child))] != '<') return true;
+        if (text_[xml::behindBlanks(text_, startOf(child))] != '<') return true;
     }
     return false;
 }
 
-// Of the first character of its markup; the parser gives that of its name or text.
-std::size_t Reader::offsetOf(const xml_node& node) {
-    const auto offset = static_cast<std::size_t>(node.offset_debug());
+// The first character of its markup.
+std::size_t DocumentReader::startOf(const xml_node& node) const {
     switch (node.type()) {
-        case pugi::node_element: return offset - std::string_view("<").size();
-        case pugi::node_comment: return offset - std::string_view("<!--").size();
-        case pugi::node_cdata: return offset - std::string_view("<![CDATA[").size();
-        case pugi::node_pi: return offset - std::string_view("<?").size();
-        default: return offset;
+        case pugi::node_element: return offsetOf(node.name()) - std::string_view("<").size();
+        case pugi::node_pi: return offsetOf(node.name()) - std::string_view("<?").size();
+        case pugi::node_comment: return offsetOf(node.value()) - std::string_view("<!--").size();
+        case pugi::node_cdata: return offsetOf(node.value()) - std::string_view("<![CDATA[").size();
+        default: return offsetOf(node.value());
     }
 }
 
-}  // namespace
-
 DocumentParts readParts(std::string_view text, bool hasText, const OnValueFault& onFault) {
-    return Reader(text, hasText, onFault).parts();
+    return DocumentReader(text, hasText, onFault).parts();
 }
 
 }  // namespace sdf

@@ -140,7 +140,9 @@ void DocumentWriter::note(const Element& e, Layout layout) {
     }
     if (held.find("?>") != std::string::npos)
         fail(e, "\"?>\" stands in the processing instruction; an instruction without is expected");
-    text_ += "<?" + e.tag() + (held.empty() ? "" : " ") + held + "?>";
+    text_ += "<?";
+    text_ += e.tag();
+    text_ += (held.empty() ? "" : " ") + held + "?>";
 }
 
 void DocumentWriter::escaped(const Element& e, std::string_view text, bool isAttribute) {

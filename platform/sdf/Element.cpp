@@ -35,27 +35,31 @@ struct TextHash : std::hash<std::string_view> {
 /// among themselves, in document order.
 class Element::TagIndex {
 public:
-    void makeRoomFor(const std::string& tag) { byTag_.try_emplace(tag); }
+    void makeRoomFor(const Element& child) {
+        byTag_.try_emplace(std::string(child.tag()));
+        alike_.try_emplace(&child);
+    }
 
-    // There is room for its tag.
-    void add(Element& child, Element* nextAlike) noexcept {
-        Ends& ends = byTag_.find(child.tag_)->second;
-        child.nextAlike_ = nextAlike;
-        child.prevAlike_ = nextAlike ? nextAlike->prevAlike_ : ends.last;
-        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = &child;
-        (nextAlike ? nextAlike->prevAlike_ : ends.last) = &child;
+    // There is room for it.
+    void add(Element& child, Element* next) noexcept {
+        Ends& ends = endsOf(child);
+        Element* const prev = next ? of(*next).prev : ends.last;
+        of(child) = {prev, next};
+        (prev ? of(*prev).next : ends.first) = &child;
+        (next ? of(*next).prev : ends.last) = &child;
     }
 
     // Its room stays.
     void remove(Element& child) noexcept {
-        Ends& ends = byTag_.find(child.tag_)->second;
-        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = child.nextAlike_;
-        (child.nextAlike_ ? child.nextAlike_->prevAlike_ : ends.last) = child.prevAlike_;
-        child.prevAlike_ = child.nextAlike_ = nullptr;
+        Ends& ends = endsOf(child);
+        const auto [prev, next] = std::exchange(of(child), {});
+        (prev ? of(*prev).next : ends.first) = next;
+        (next ? of(*next).prev : ends.last) = prev;
     }
 
-    void dropEmptyRoom(const std::string& tag) noexcept {
-        const auto entry = byTag_.find(tag);
+    void dropRoomOf(const Element& child) noexcept {
+        alike_.erase(&child);
+        const auto entry = byTag_.find(child.tag());
         if (entry != byTag_.end() && !entry->second.first) byTag_.erase(entry);
     }
 
@@ -64,18 +68,33 @@ public:
         return entry == byTag_.end() ? nullptr : entry->second.first;
     }
 
+    Element* next(const Element& child) const { return alike_.find(&child)->second.next; }
+
 private:
     struct Ends {
         Element* first = nullptr;
         Element* last = nullptr;
     };
+    struct Neighbours {
+        Element* prev = nullptr;
+        Element* next = nullptr;
+    };
+
+    Ends& endsOf(const Element& child) { return byTag_.find(child.tag())->second; }
+    Neighbours& of(const Element& child) { return alike_.find(&child)->second; }
+
     std::unordered_map<std::string, Ends, TextHash, std::equal_to<>> byTag_;
+    std::unordered_map<const Element*, Neighbours> alike_;
 };
+
+std::shared_ptr<Element> Element::Make(Kind kind, std::string_view tag) {
+    return std::make_shared<Element>(Key{}, kind, tag);
+}
 
 std::shared_ptr<Element> Element::Create(std::string_view tag) {
     if (!xml::isName(tag))
         throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
-    return std::make_shared<Element>(Key{}, Kind::Element, tag);
+    return Make(Kind::Element, tag);
 }
 
 std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
@@ -83,25 +102,26 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
     const bool isNamed = kind == Kind::Attribute || kind == Kind::Instruction;
     if (isNamed && !xml::isName(tag))
         throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
-    auto note = std::make_shared<Element>(Key{}, kind, tag);
-    note->attr_.emplace(std::string(text));
+    auto note = Make(kind, tag);
+    note->attr_.set(std::string(text));
     return note;
 }
 
-Element::Element(Key, Kind kind, std::string_view tag) : head_(tag), kind_(kind), tag_(tag) {}
+Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) {}
 
 Element::~Element() {
     // Neither a long row nor a deep tree may recurse: the children of a dying
     // child join the row that is taken apart here.
+    Element* last = this->last();
     std::shared_ptr<Element> row = std::move(first_);
-    Element* last = last_;
     while (row) {
         Element& child = *row;
         if (row.use_count() == 1 && child.first_) {
+            Element* const lastOfChild = child.last();
             last->next_ = std::move(child.first_);
-            last = std::exchange(child.last_, nullptr);
+            last = lastOfChild;
         }
-        child.parent_ = child.prev_ = child.nextAlike_ = child.prevAlike_ = nullptr;
+        child.parent_ = child.prev_ = nullptr;
         row = std::exchange(child.next_, nullptr);
     }
 }
@@ -116,7 +136,7 @@ std::string Element::path() const {
     std::string path;
     for (auto e = line.rbegin(); e != line.rend(); ++e) {
         if (!path.empty()) path += '/';
-        path += (*e)->tag_;
+        path += (*e)->tag();
         if ((*e)->name_)
             path += ' ' + *(*e)->name_;
         else if ((*e)->id_ != 0)
@@ -144,31 +164,22 @@ std::shared_ptr<Element> Element::setId(unsigned id) {
     return shared_from_this();
 }
 
-inline Element::TagHead::TagHead(std::string_view tag)
-    : size(static_cast<std::uint32_t>(tag.size())) {
-    tag.copy(reinterpret_cast<char*>(&bytes), sizeof bytes);
-}
-
 // The first node of that tag; notes have tags that are no keys.
 inline Element* Element::find(std::string_view name) const {
     if (!first_) return nullptr;
-    const TagHead head(name);
-    if (lastFound_ && lastFound_->isCalled(head, name)) return lastFound_;
+    const Tag::Head head(name);
+    if (lastFound_ && lastFound_->tag_.is(head, name)) return lastFound_;
     return findAnew(head, name);
 }
 
-inline bool Element::isCalled(const TagHead& head, std::string_view name) const {
-    return head_ == head && (head.size <= sizeof head.bytes || tag_ == name);
-}
-
-[[gnu::noinline]] Element* Element::findAnew(const TagHead& head, std::string_view name) const {
+[[gnu::noinline]] Element* Element::findAnew(const Tag::Head& head, std::string_view name) const {
     if (index_) {
         Element* e = index_->first(name);
-        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
+        while (e && e->kind_ == Kind::Instruction) e = index_->next(*e);
         return e;
     }
     for (Element* e = first_.get(); e; e = e->next_.get())
-        if (e->isCalled(head, name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
+        if (e->tag_.is(head, name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
     return nullptr;
 }
 
@@ -186,15 +197,14 @@ std::shared_ptr<Element> Element::get(std::string_view name) {
 
 std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
     std::vector<std::shared_ptr<Element>> found;
-    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_.get())
-        if (e->kind_ == Kind::Element && e->tag_ == name) found.push_back(owning(*e));
+    for (Element* e = find(name); e; e = index_ ? index_->next(*e) : e->next_.get())
+        if (e->kind_ == Kind::Element && e->tag() == name) found.push_back(owning(*e));
     return found;
 }
 
 std::shared_ptr<Element> Element::append(std::string_view tag) {
     auto child = Create(tag);
-    makeRoomFor(*child);
-    insertBefore(child, nullptr);
+    appendNew(child);
     return child;
 }
 
@@ -210,7 +220,7 @@ std::shared_ptr<Element> Element::append(std::shared_ptr<Element> child) {
     else
         child->removeFromParent();
     // No two attributes have one name.
-    if (child->kind_ == Kind::Attribute && find(child->tag_)) child->kind_ = Kind::Element;
+    if (child->kind_ == Kind::Attribute && find(child->tag())) child->kind_ = Kind::Element;
     insertBefore(child, nullptr);
     return child;
 }
@@ -220,8 +230,7 @@ std::shared_ptr<Element> Element::appendObject(std::string_view tag, unsigned id
     auto object = Create(tag);
     object->id_ = id;
     object->setName(std::string(name));
-    makeRoomFor(*object);
-    insertBefore(object, nullptr);
+    appendNew(object);
     return object;
 }
 
@@ -229,7 +238,7 @@ void Element::removeFromParent() noexcept {
     if (!parent_) return;
     Element& parent = *parent_;
     const auto self = parent.unlink(*this);
-    if (parent.index_) parent.index_->dropEmptyRoom(tag_);
+    if (parent.index_) parent.index_->dropRoomOf(*this);
 }
 
 void Element::moveBefore(Element& child, const Element* next) noexcept {
@@ -238,57 +247,68 @@ void Element::moveBefore(Element& child, const Element* next) noexcept {
     insertBefore(unlink(child), place);
 }
 
+void Element::appendNew(std::shared_ptr<Element> child) {
+    makeRoomFor(*child);
+    insertBefore(std::move(child), nullptr);
+}
+
 // All of an insertion that may throw.
 void Element::makeRoomFor(const Element& child) {
     if (!index_ && childCount_ >= fewChildren) {
         auto index = std::make_unique<TagIndex>();
-        for (Element* c = first_.get(); c; c = c->next_.get())
-            if (!c->tag_.empty()) index->makeRoomFor(c->tag_);
-        for (Element* c = first_.get(); c; c = c->next_.get())
-            if (!c->tag_.empty()) index->add(*c, nullptr);
+        for (Element* c = first_.get(); c; c = c->next_.get()) index->makeRoomFor(*c);
+        for (Element* c = first_.get(); c; c = c->next_.get()) index->add(*c, nullptr);
         index_ = std::move(index);
     }
-    if (index_ && !child.tag_.empty()) index_->makeRoomFor(child.tag_);
+    if (index_) index_->makeRoomFor(child);
 }
 
 void Element::insertBefore(std::shared_ptr<Element> child, Element* next) noexcept {
     Element& e = *child;
+    if (index_) {
+        Element* alike = next;
+        while (alike && alike->tag() != e.tag()) alike = alike->next_.get();
+        index_->add(e, alike);
+    } else {
+        ++childCount_;
+    }
     const bool isNote = e.kind_ != Kind::Element && e.kind_ != Kind::Attribute;
-    Element* alike = next;
-    while (index_ && alike && alike->tag_ != e.tag_) alike = alike->next_.get();
-    if (index_ && !e.tag_.empty()) index_->add(e, alike);
-
-    if (!isNote && e.tag_ == valueKey && attr_) {
+    if (attr_.value().has_value() && !isNote && e.tag() == valueKey) {
         // Into the innermost key "value" that it brings along.
-        Element& inner = e.holder();
-        if (!inner.attr_) inner.attr_ = std::move(attr_);
-        attr_.reset();
+        Attr& inner = e.holder().attr_;
+        if (!inner.value().has_value()) inner = std::move(attr_);
+        attr_ = {};
     }
     lastFound_ = nullptr;
     e.parent_ = this;
-    e.prev_ = next ? next->prev_ : last_;
-    std::shared_ptr<Element>& slot = e.prev_ ? e.prev_->next_ : first_;
+    std::shared_ptr<Element>& slot = next ? owning(*next) : first_ ? last()->next_ : first_;
+    e.prev_ = next ? next->prev_ : first_ ? last() : &e;
     e.next_ = std::move(slot);
     slot = std::move(child);
-    (next ? next->prev_ : last_) = &e;
-    ++childCount_;
+    (next ? next->prev_ : first_->prev_) = &e;
 }
 
 std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
-    if (index_ && !child.tag_.empty()) index_->remove(child);
-    std::shared_ptr<Element>& slot = child.prev_ ? child.prev_->next_ : first_;
+    if (index_)
+        index_->remove(child);
+    else
+        --childCount_;
+    std::shared_ptr<Element>& slot = owning(child);
     std::shared_ptr<Element> taken = std::move(slot);
-    (child.next_ ? child.next_->prev_ : last_) = child.prev_;
     slot = std::move(child.next_);
+    if (first_) (slot ? slot->prev_ : first_->prev_) = child.prev_;
     child.prev_ = child.parent_ = nullptr;
     lastFound_ = nullptr;
-    --childCount_;
     return taken;
 }
 
 // The pointer that keeps a child alive.
 const std::shared_ptr<Element>& Element::owning(const Element& child) const {
-    return child.prev_ ? child.prev_->next_ : first_;
+    return &child == first_.get() ? first_ : child.prev_->next_;
+}
+
+std::shared_ptr<Element>& Element::owning(const Element& child) {
+    return const_cast<std::shared_ptr<Element>&>(std::as_const(*this).owning(child));
 }
 
 const Element& Element::holder() const {
@@ -299,11 +319,7 @@ const Element& Element::holder() const {
 
 Element& Element::holder() { return const_cast<Element&>(std::as_const(*this).holder()); }
 
-const std::any& Element::value() const {
-    static const auto& none = *new std::any;
-    const Element& e = holder();
-    return e.attr_ ? e.attr_->value() : none;
-}
+const std::any& Element::value() const { return holder().attr_.value(); }
 
 const std::any& Element::valueOf(std::string_view name) const {
     static const auto& none = *new std::any;
@@ -337,48 +353,30 @@ trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
     return as<trel::rob::PoseTemplate<double>>(name);
 }
 
-// Puts a value into this very node, in the place of the old one if it can.
-void Element::assignValue(const std::any& value) {
-    if (attr_ && value.has_value())
-        attr_->set(value);
-    else
-        exchangeValue(value);
-}
-
-// Puts a value into this very node and gives the old one back.
-std::any Element::exchangeValue(std::any value) {
-    std::any old;
-    const bool isEmpty = !value.has_value();
-    if (attr_)
-        old = attr_->exchange(std::move(value));
-    else if (!isEmpty)
-        attr_.emplace(std::move(value));
-    if (isEmpty) attr_.reset();
-    return old;
-}
-
 void Element::setValue(const std::any& value) {
     Element& e = holder();
-    if (observers().empty()) return e.assignValue(value);
+    if (observers().empty()) {
+        if (value.has_value()) return e.attr_.set(value);
+        e.attr_ = {};
+        return;
+    }
+    if (value.has_value()) Attr::Type(value.type());
     const auto kept = e.shared_from_this();
-    std::any old = e.exchangeValue(value);
+    std::any old = std::exchange(e.attr_.value_, std::any(value));
     try {
         observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
     } catch (...) {
-        e.holder().exchangeValue(std::move(old));
+        e.holder().attr_.value_ = std::move(old);
         throw;
     }
 }
 
-void Element::restoreValue(std::any value) {
-    Attr attr(std::move(value));
-    holder().attr_ = std::move(attr);
-}
+void Element::restoreValue(std::any value) { holder().attr_.set(std::move(value)); }
 
 void Element::setValueFromString(std::string_view text) {
     Element& e = holder();
-    if (e.attr_ && observers().empty() && e.attr_->setText(text)) return;
-    setValue(e.attr_ ? valuetext::parse(e.attr_->type(), text) : std::any(std::string(text)));
+    if (observers().empty() && e.attr_.setText(text)) return;
+    setValue(e.ownValue() ? valuetext::parse(e.attr_.type(), text) : std::any(std::string(text)));
 }
 
 std::string Element::getStringFromValue() const { return valuetext::render(value()); }
@@ -389,8 +387,7 @@ void Element::addAttribute(std::string_view name, std::string_view type, std::st
     if (!key) {
         key = Create(name);
         key->kind_ = Kind::Attribute;
-        makeRoomFor(*key);
-        insertBefore(key, nullptr);
+        appendNew(key);
     }
     key->setValue(parsed);
 }

@@ -2,9 +2,7 @@
 
 #include <any>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,6 +11,7 @@
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
 #include "platform/sdf/Attr.h"
+#include "platform/sdf/Tag.h"
 
 namespace sdf {
 
@@ -68,7 +67,7 @@ public:
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
 
-    const std::string& tag() const { return tag_; }
+    std::string_view tag() const { return tag_.text(); }
     Kind kind() const { return kind_; }
     Place place() const { return place_; }
     void setPlace(Place place) { place_ = place; }
@@ -166,7 +165,7 @@ public:
 
     /// The typed value as it stands in this very node, null when there is none;
     /// for a note, its text.
-    const Attr* ownValue() const { return attr_ ? &*attr_ : nullptr; }
+    const Attr* ownValue() const { return attr_.value().has_value() ? &attr_ : nullptr; }
 
     /// \name Walking all nodes, notes and attributes included
     /// @{
@@ -186,54 +185,44 @@ public:
     bool isLeftBehind() const { return wasMirrored_ && mirrors_ == 0; }
 
 private:
+    friend class DocumentReader;
     friend class ElementMirror;
     class TagIndex;
 
-    // A tag in one word, but for what lies behind its first eight bytes.
-    struct TagHead {
-        explicit TagHead(std::string_view tag);
-        bool operator==(const TagHead&) const = default;
-
-        std::uint64_t bytes = 0;
-        std::uint32_t size;
-    };
+    static std::shared_ptr<Element> Make(Kind kind, std::string_view tag);
 
     Element* find(std::string_view name) const;
-    Element* findAnew(const TagHead& head, std::string_view name) const;
-    bool isCalled(const TagHead& head, std::string_view name) const;
+    Element* findAnew(const Tag::Head& head, std::string_view name) const;
+    Element* last() const { return first_ ? first_->prev_ : nullptr; }
     const std::shared_ptr<Element>& owning(const Element& child) const;
+    std::shared_ptr<Element>& owning(const Element& child);
     const Element& holder() const;
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
     void makeRoomFor(const Element& child);
+    void appendNew(std::shared_ptr<Element> child);
     void insertBefore(std::shared_ptr<Element> child, Element* next) noexcept;
     std::shared_ptr<Element> unlink(Element& child) noexcept;
-    std::any exchangeValue(std::any value);
-    void assignValue(const std::any& value);
     template <typename T>
     T as(std::string_view name) const;
 
     // What finding and writing a key needs stands together.
-    TagHead head_;
+    Tag tag_;
     std::shared_ptr<Element> next_;
     std::shared_ptr<Element> first_;        // children, each owning the next
     mutable Element* lastFound_ = nullptr;  // the first child of its tag
-    Element* prev_ = nullptr;
+    Element* prev_ = nullptr;               // of the first child the last one
     Element* parent_ = nullptr;
-    std::optional<Attr> attr_;
+    Attr attr_;
 
-    Kind kind_;
-    Place place_;
-    std::string tag_;
     std::unique_ptr<const std::string> name_;
-    Element* last_ = nullptr;
     std::unique_ptr<TagIndex> index_;  // once there are many children
-    Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
-    Element* prevAlike_ = nullptr;
-    unsigned childCount_ = 0;
+    Place place_;
     unsigned id_ = 0;
     unsigned mirrors_ = 0;
+    Kind kind_;
     bool wasMirrored_ = false;
+    unsigned char childCount_ = 0;  // while there is no index
 };
 
 /// The element of a document object. While the object or a copy of it lives,

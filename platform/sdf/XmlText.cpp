@@ -9,10 +9,10 @@ namespace {
 
 enum : unsigned char { nameStart = 1, namePart = 2, allowed = 4 };
 
-// What an ASCII character may be.
-constexpr std::array<unsigned char, 128> ascii = [] {
-    std::array<unsigned char, 128> table{};
-    for (std::size_t c = 0x20; c < table.size(); ++c) table[c] = allowed;
+// What a byte may be: an ASCII character by itself; any other is none of it.
+constexpr std::array<unsigned char, 256> bytes = [] {
+    std::array<unsigned char, 256> table{};
+    for (std::size_t c = 0x20; c < 0x80; ++c) table[c] = allowed;
     for (const unsigned char c : {'\t', '\n', '\r'}) table[c] = allowed;
     const auto range = [&](unsigned char first, unsigned char last, unsigned char what) {
         for (std::size_t c = first; c <= last; ++c) table[c] |= what;
@@ -26,10 +26,8 @@ constexpr std::array<unsigned char, 128> ascii = [] {
     return table;
 }();
 
-bool isNamePart(char c) {
-    const auto code = static_cast<unsigned char>(c);
-    return code < ascii.size() && (ascii[code] & namePart);
-}
+bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+bool is(unsigned char what, char c) { return bytes[static_cast<unsigned char>(c)] & what; }
 
 struct Range {
     char32_t first;
@@ -87,7 +85,7 @@ Character decode(std::string_view text) {
 }
 
 bool isAllowed(char32_t code) {
-    if (code < ascii.size()) return ascii[code] & allowed;
+    if (code < 0x80) return bytes[code] & allowed;
     return code < 0xD800 || (code >= 0xE000 && code < 0xFFFE) ||
            (code >= 0x10000 && code <= 0x10FFFF);
 }
@@ -97,12 +95,11 @@ std::size_t allowedLength(std::string_view text) {
     while (true) {
         i += plainLength(text.substr(i));
         if (i == text.size()) return i;
-        const auto c = static_cast<unsigned char>(text[i]);
-        if (c < ascii.size()) {
-            if (!(ascii[c] & allowed)) return i;
+        if (is(allowed, text[i])) {
             ++i;
             continue;
         }
+        if (isAscii(text[i])) return i;
         const auto [code, length] = decode(text.substr(i));
         if (length == 0 || !isAllowed(code)) return i;
         i += length;
@@ -110,20 +107,18 @@ std::size_t allowedLength(std::string_view text) {
 }
 
 std::size_t nameLength(std::string_view text) {
-    std::size_t i = 0;
-    while (i < text.size()) {
-        const auto c = static_cast<unsigned char>(text[i]);
-        if (c < ascii.size()) {
-            if (!(ascii[c] & (i == 0 ? nameStart : namePart))) break;
-            do ++i;
-            while (i < text.size() && isNamePart(text[i]));
-            continue;
-        }
-        const auto [code, length] = decode(text.substr(i));
-        if (length == 0 || !mayStandInName(code, i == 0)) break;
-        i += length;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    if (at != end && is(nameStart, *at)) ++at;
+    while (true) {
+        if (at != text.data())
+            while (at != end && is(namePart, *at)) ++at;
+        const std::size_t length = static_cast<std::size_t>(at - text.data());
+        if (at == end || isAscii(*at)) return length;
+        const auto [code, bytesOfIt] = decode(text.substr(length));
+        if (bytesOfIt == 0 || !mayStandInName(code, length == 0)) return length;
+        at += bytesOfIt;
     }
-    return i;
 }
 
 bool isName(std::string_view text) { return !text.empty() && nameLength(text) == text.size(); }

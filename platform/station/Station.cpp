@@ -60,7 +60,7 @@ void appendLogic(Element& station, unsigned id) {
 void check(Element& station, const std::string& file) {
     if (station.tag() != stationTag)
         throw sdf::DocumentError(file, station.place(),
-                                 "the root element is <" + station.tag() +
+                                 "the root element is <" + std::string(station.tag()) +
                                      ">; <station> is expected");
     if (station.getId(true) != Station::id)
         throw sdf::DocumentError(file, station.place(),

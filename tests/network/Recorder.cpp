@@ -75,8 +75,9 @@ void Recorder::valueWritten(sdf::Element& element, const std::any& value) {
     if (const int* number = std::any_cast<int>(&value); ofSignal && number) shown = show(*number);
     if (const double* number = std::any_cast<double>(&value); ofSignal && number)
         shown = show(*number);
-    log.push_back("write " + std::to_string(component->getId(true)) + " " + member->tag() + " " +
-                  std::to_string(member->getId(true)) + " " + shown);
+    log.push_back("write " + std::to_string(component->getId(true)) + " " +
+                  std::string(member->tag()) + " " + std::to_string(member->getId(true)) + " " +
+                  shown);
 }
 
 }  // namespace network

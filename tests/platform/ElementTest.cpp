@@ -29,7 +29,7 @@ std::shared_ptr<Element> withValue(std::any value) {
 
 std::vector<std::string> tagsOf(const Element& e) {
     std::vector<std::string> tags;
-    for (const Element* c = e.firstChild(); c; c = c->nextSibling()) tags.push_back(c->tag());
+    for (const Element* c = e.firstChild(); c; c = c->nextSibling()) tags.emplace_back(c->tag());
     return tags;
 }
 
@@ -54,6 +54,21 @@ TEST(Element, ATagMustBeAnXmlName) {
                             "gr\xC3\xB6\xC3\x9F"
                             "e"})
         EXPECT_EQ(Element::Create(tag)->tag(), tag);
+}
+
+// However long it is, and whatever it has in common with others.
+TEST(Element, IsFoundByAllOfItsTag) {
+    const auto e = Element::Create("station");
+    std::vector<std::string> tags;
+    for (std::size_t length = 1; length != 50; ++length)
+        for (const char last : {'x', 'y'}) tags.push_back(std::string(length - 1, 'a') + last);
+    for (const std::string& tag : tags) {
+        EXPECT_EQ(e->get(tag), nullptr) << tag;
+        const auto key = e->touch(tag);
+        EXPECT_EQ(key->tag(), tag);
+        EXPECT_EQ(e->get(tag), key);
+    }
+    for (const std::string& tag : tags) EXPECT_EQ(e->get(tag)->tag(), tag);
 }
 
 TEST(Element, AnInstructionAndAnAttributeNeedANameToo) {

@@ -16,7 +16,7 @@ public:
     ~WriteLog() override { sdf::Element::Unsubscribe(*this); }
 
     void valueWritten(sdf::Element& element, const std::any& value) override {
-        lines.push_back(element.tag() + "=" + sdf::valuetext::render(value));
+        lines.push_back(std::string(element.tag()) + "=" + sdf::valuetext::render(value));
     }
 
     std::vector<std::string> lines;

@@ -213,7 +213,7 @@ TEST_F(ConnectionTest, ModifyWritesOnlyTheEndThatChanges) {
 TEST_F(ConnectionTest, ModifyWritesTheSourceBeforeTheDestination) {
     Connection& connection = build(3, -1);
     Lines seen;
-    log().whenWritten = [&](sdf::Element& element) { seen.push_back(element.tag()); };
+    log().whenWritten = [&](sdf::Element& element) { seen.emplace_back(element.tag()); };
     connection.modify(1, 2, 3, 4);
     EXPECT_EQ(seen, (Lines{"source", "destination"}));
     EXPECT_EQ(ends(connection), "1.2 -> 3.4");

@@ -21,7 +21,7 @@ std::string text(SignalValue value) {
 std::string nameOf(const sdf::Element& element) {
     const bool isNamed = !element.name().empty();
     if (element.tag() == "smart_component" && isNamed) return element.name();
-    std::string own = element.tag();
+    std::string own(element.tag());
     if (const unsigned id = element.getId(true)) own += " " + std::to_string(id);
     const auto parent = element.parent();
     return parent ? nameOf(*parent) + "/" + own : own;

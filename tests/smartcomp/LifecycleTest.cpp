@@ -184,7 +184,7 @@ TEST_F(LifecycleTest, BuildTellsTheParentAndGivesNoPosition) {
 
 TEST_F(LifecycleTest, BuildTellsTheParentBeforeTheElementIsMade) {
     Lines order;
-    log().whenWritten = [&](sdf::Element& element) { order.push_back(element.tag()); };
+    log().whenWritten = [&](sdf::Element& element) { order.emplace_back(element.tag()); };
     Build("Plain", 10, "Lamp", logicId);
     const auto child = std::find(order.begin(), order.end(), "child");
     const auto type = std::find(order.begin(), order.end(), "type");

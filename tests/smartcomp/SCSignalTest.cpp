@@ -344,8 +344,8 @@ TEST_F(SCSignalTest, ValueAutoResetAndNameAreSetBeforeTheyAreWritten) {
     SCSignal& signal = digital();
     Lines seen;
     log().whenWritten = [&](sdf::Element& element) {
-        seen.push_back(element.tag() + " " + text(signal.getValue()) + " " + signal.getName() +
-                       (signal.isAutoReset() ? " resets" : ""));
+        seen.push_back(std::string(element.tag()) + " " + text(signal.getValue()) + " " +
+                       signal.getName() + (signal.isAutoReset() ? " resets" : ""));
     };
     signal.setValue(1);
     signal.setValue(2.0);
@@ -360,8 +360,8 @@ TEST_F(SCSignalTest, VisibleDescriptionAndTextValuesAreWrittenBeforeTheyAreSet) 
     SCSignal& signal = digital();
     Lines seen;
     log().whenWritten = [&](sdf::Element& element) {
-        seen.push_back(element.tag() + " " + text(signal.getValue()) + signal.description() +
-                       (signal.isVisible() ? " visible" : ""));
+        seen.push_back(std::string(element.tag()) + " " + text(signal.getValue()) +
+                       signal.description() + (signal.isVisible() ? " visible" : ""));
     };
     signal.setVisible(true);
     signal.setDescription("lights up");
