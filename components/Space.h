@@ -5,7 +5,7 @@
 /// Points, ways and distances in a station, in mm.
 namespace trel::components {
 
-using Point = rob::Vec3Template<double>;
+using Point = rob::Vec3Template<double>;  // in mm
 
 /// Of the simulation clock, which speeds in mm/s are multiplied with.
 inline constexpr double microsecondsPerSecond = 1e6;

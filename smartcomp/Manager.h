@@ -39,7 +39,7 @@ public:
 
     /// Registers a component type, before components are made. `name` is kept as
     /// it is and must live as long as the process. A name that is known already
-    /// keeps the functions that it has.
+    /// keeps the functions that it has. `desc` may be null.
     void registerType(std::string_view name, MakeFunction create, MakeFunction build,
                       DescFunction desc);
 

@@ -78,21 +78,21 @@ public:
     ///     endSetPropertyValue(id);
     ///
     /// A type that can sit in a ring of bindings must frame it: the bare
-    /// operation runs round the ring without end, and leaves its guard entry
+    /// operation runs round the ring without end, and leaves its mark
     /// behind.
     virtual void setPropertyValue(unsigned propertyId, const std::string& value);
 
-    /// A value that reaches an input while the simulation runs. Nothing has been
-    /// stored: the type stores the value, resets an auto-reset input, notifies
-    /// and reacts.
+    /// A value that reaches an input while the simulation runs, at a time in
+    /// microseconds. Nothing has been stored: the type stores the value, resets an
+    /// auto-reset input, notifies and reacts.
     virtual void handleInputSignal(unsigned signalId, int value, long long time) = 0;
 
-    /// One step of the simulation.
+    /// One step of the simulation, at a time in microseconds.
     virtual void execute(long long time) = 0;
     virtual bool isActivated() const;
-    virtual void initialize();
+    virtual void initialize();  // before a run
     virtual void reset();
-    virtual void start(long long time);
+    virtual void start(long long time);  // once all are initialised
 
     /// Whether a property refers to the object.
     virtual bool isObjectUsed(unsigned objectId) const;
@@ -118,7 +118,7 @@ public:
     virtual rob::Vec3Template<double> getDisplayVec3(
         unsigned propertyId, const std::unordered_map<unsigned, std::string>& values, float x,
         float y, float z);
-    virtual void stop();
+    virtual void stop();  // after the last step
 
     Property* getProperty(unsigned id) const;
     SignalInterface* getSignal(unsigned id) const;
@@ -143,7 +143,7 @@ public:
 
     void notifyPropertyValueChanged(unsigned propertyId);
     void notifySignalValueChanged(unsigned signalId);
-    void updateModel();
+    void updateModel();  // tells the broker that something about it changed
 
     /// Reads the number as the document holds it.
     void getPropertyDouble(unsigned id, double& out) const;
@@ -157,7 +157,7 @@ public:
     /// auto-reset output delivers the value and then 0, and is 0 after.
     void setStaticSignalValue(unsigned id, SignalValue value);
 
-    /// Sets a signal while the simulation runs. An input goes to
+    /// Sets a signal while the simulation runs, at a time in microseconds. An input goes to
     /// `handleInputSignal`; an output that changes is stored and delivered along
     /// the parent's connections. An auto-reset output delivers the value and then
     /// 0, and is after what it was before.
@@ -188,7 +188,7 @@ protected:
     virtual void setStaticInputSignal(unsigned signalId, SignalValue value);
     void setStaticOutputSignal(unsigned id, SignalValue value);
     static void setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId, SignalValue value);
-    void handleOutputSignal(unsigned id, int value, long long time);
+    void handleOutputSignal(unsigned id, int value, long long time);  // as handleSignalValue does
 
     /// Whether the signal is being set on this call chain. Another value than the
     /// one being set is a conflict, reported as event "10008" and dropped.

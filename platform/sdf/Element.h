@@ -167,7 +167,7 @@ public:
     /// for a note, its text.
     const Attr* ownValue() const { return attr_.value().has_value() ? &attr_ : nullptr; }
 
-    /// \name Walking all nodes, notes and attributes included
+    /// \name All nodes in turn, notes and attributes included
     /// @{
     const Element* firstChild() const { return first_.get(); }
     const Element* nextSibling() const { return next_.get(); }

@@ -26,7 +26,7 @@ struct TREL_PLATFORM_API IdHash {
     static std::uint64_t processFactor();
 };
 
-/// The document manager: the table of all document objects by id. It owns none
+/// The object table: all document objects by id. It owns none
 /// of them. The table is read under its lock taken shared and changed under it
 /// taken exclusively; the lock is never held across a call into an object.
 class TREL_PLATFORM_API SdfManager {

@@ -23,7 +23,7 @@ public:
     void remove(Subscriber& subscriber) {
         const auto place = std::find(all_.begin(), all_.end(), &subscriber);
         if (place == all_.end()) return;
-        // The places must hold still while a notice walks them.
+        // The places must hold still while a notice goes over them.
         if (depth_ > 0) {
             *place = nullptr;
             hasLeft_ = true;
@@ -34,25 +34,25 @@ public:
 
     bool empty() const { return all_.empty(); }
 
-    /// Calls `notice` with each subscriber. What it throws ends the walk.
+    /// Calls `notice` with each subscriber. What it throws ends the notice.
     template <typename Notice>
     void tell(const Notice& notice) {
         if (all_.empty()) return;
-        const Walk walk(*this);
+        const UnderWay counted(*this);
         for (std::size_t i = 0, end = all_.size(); i != end; ++i)
             if (Subscriber* const subscriber = all_[i]) notice(*subscriber);
     }
 
 private:
     // Counts the notices under way; the last one sweeps up the empty places.
-    class Walk {
+    class UnderWay {
     public:
-        explicit Walk(Subscribers& owner) : owner_(owner) { ++owner_.depth_; }
-        ~Walk() {
+        explicit UnderWay(Subscribers& owner) : owner_(owner) { ++owner_.depth_; }
+        ~UnderWay() {
             if (--owner_.depth_ == 0 && owner_.hasLeft_) owner_.sweep();
         }
-        Walk(const Walk&) = delete;
-        Walk& operator=(const Walk&) = delete;
+        UnderWay(const UnderWay&) = delete;
+        UnderWay& operator=(const UnderWay&) = delete;
 
     private:
         Subscribers& owner_;
