@@ -374,18 +374,16 @@ std::string_view Check::quotedValue() {
 
 Element::Place PlaceFinder::placeOf(std::size_t offset) {
     if (offset < offset_) *this = PlaceFinder(text_);
-    offset = std::min(offset, text_.size());
-    while (offset_ < offset) {
-        const std::size_t plain = xml::plainLength(text_.substr(offset_, offset - offset_));
-        place_.column += static_cast<unsigned>(plain);
-        offset_ += plain;
-        if (offset_ == offset) break;
-        const auto c = static_cast<unsigned char>(text_[offset_++]);
-        if (c == '\n')
-            place_ = {place_.line + 1, 1};
-        else if ((c & 0xC0u) != 0x80u)  // not inside a character
-            ++place_.column;
+    std::string_view between = text_.substr(offset_, offset - offset_);
+    offset_ += between.size();
+    for (std::size_t end; (end = between.find('\n')) != std::string_view::npos;) {
+        place_ = {place_.line + 1, 1};
+        between.remove_prefix(end + 1);
     }
+    const auto startsCharacter = [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
+    };
+    place_.column += static_cast<unsigned>(std::ranges::count_if(between, startsCharacter));
     return place_;
 }
 
