@@ -13,7 +13,7 @@ TREL_API void trelRegisterComponents();
 namespace trel::smartcomp {
 
 /// Changes whenever a class that types derive from changes its layout or its
-/// table of virtual operations.
-inline constexpr int typeLibraryAbi = 3;
+/// table of virtual operations, and so does one whose inline functions they use.
+inline constexpr int typeLibraryAbi = 4;
 
 }  // namespace trel::smartcomp
