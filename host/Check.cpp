@@ -24,22 +24,22 @@ namespace trel::host {
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
-constexpr unsigned longest = 300;  // seconds that the components of a file may take
+constexpr unsigned longestCheck = 300;  // seconds that the components of a file may take
 
 // What a process that may crash is at, told to the one that waits for it.
-class Progress {
+class Whereabouts {
 public:
-    Progress()
+    Whereabouts()
         : object_(static_cast<unsigned*>(mmap(nullptr, sizeof(unsigned), PROT_READ | PROT_WRITE,
                                               MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {
         if (object_ == MAP_FAILED)
             throw std::system_error(errno, std::generic_category(), "no shared memory");
     }
-    ~Progress() { munmap(object_, sizeof(unsigned)); }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
+    ~Whereabouts() { munmap(object_, sizeof(unsigned)); }
+    Whereabouts(const Whereabouts&) = delete;
+    Whereabouts& operator=(const Whereabouts&) = delete;
 
     void isAt(unsigned object) { *object_ = object; }
     unsigned object() const { return *object_; }
@@ -58,16 +58,16 @@ bool isFaulty(const sdf::Element& element, const FaultList& faults) {
 
 // Makes what can be made, one by one: what is wrong with one is no reason to
 // keep silent about the others.
-void makeObjects(const StationMap& map, Progress& progress, FaultList& faults) {
+void makeObjects(const StationMap& map, Whereabouts& whereabouts, FaultList& faults) {
     const auto make = [&](const MappedObject& object, const auto& making) {
-        progress.isAt(object.id);
+        whereabouts.isAt(object.id);
         try {
             making();
         } catch (...) {
             if (!isFaulty(*object.element, faults))
                 addFailedType(map, object, textOfThrown(), faults);
         }
-        progress.isAt(0);
+        whereabouts.isAt(0);
     };
     make(*map.find(map.logic()), [] { smartcomp::StationLogic::inst(); });
     for (const MappedObject& object : map.objects()) {
@@ -98,11 +98,11 @@ Faults faultsIn(const Json& all) {
 // What takes type libraries and live components to find. `file` is what it says
 // of the document, and it goes into the station.
 Faults inspectAlive(StationFile& file, const std::string& name, const StationMap& map,
-                    FaultList& faults, Progress& progress) {
+                    FaultList& faults, Whereabouts& whereabouts) {
     inspectTypes(map, faults);
     if (file.isStation) {
         Station::inst().open(std::move(*file.document), name);
-        makeObjects(map, progress, faults);
+        makeObjects(map, whereabouts, faults);
         inspectComponents(map, faults);
         inspectBindings(map, faults);
     }
@@ -131,10 +131,10 @@ Fault crashed(const StationMap& map, unsigned id, const std::string& end) {
 }
 
 Json answerOf(StationFile& file, const std::string& name, const StationMap& map, FaultList& faults,
-              const std::vector<std::filesystem::path>& libraries, Progress& progress) {
+              const std::vector<std::filesystem::path>& libraries, Whereabouts& whereabouts) {
     try {
         loadTypeLibraries(libraries);
-        return {{"faults", jsonOf(inspectAlive(file, name, map, faults, progress))}};
+        return {{"faults", jsonOf(inspectAlive(file, name, map, faults, whereabouts))}};
     } catch (const Failure& failure) {
         return {{"failure", failure.what()}};
     }
@@ -146,22 +146,22 @@ Faults faultsOfLiving(StationFile& file, const std::string& name, const StationM
                       FaultList& faults, const std::vector<std::filesystem::path>& libraries) {
     constexpr unsigned mostCrashes = 20;
     Faults found;
-    Progress progress;
+    Whereabouts whereabouts;
     for (unsigned crashes = 0; crashes != mostCrashes; ++crashes) {
         const ChildResult child = inChild(
             [&] {
-                return answerOf(file, name, map, faults, libraries, progress)
+                return answerOf(file, name, map, faults, libraries, whereabouts)
                     .dump(-1, ' ', false, Json::error_handler_t::replace);
             },
-            longest);
+            longestCheck);
         if (child.end.empty()) {
             const Json answer = Json::parse(child.output);
             if (answer.contains("failure"))
                 throw Failure(ExitCode::Usage, answer["failure"].get<std::string>());
             return joined(std::move(found), faultsIn(answer["faults"]));
         }
-        found.push_back(crashed(map, progress.object(), child.end));
-        const MappedObject* const object = map.find(progress.object());
+        found.push_back(crashed(map, whereabouts.object(), child.end));
+        const MappedObject* const object = map.find(whereabouts.object());
         if (!object) return found;
         const std::string type = object->element->asString("type");
         for (const MappedObject& other : map.objects())

@@ -11,7 +11,7 @@ namespace trel::host {
 
 namespace {
 
-struct Options {
+struct CheckOptions {
     std::vector<std::filesystem::path> files;
     std::vector<std::filesystem::path> libraries;
     bool strict = false;
@@ -36,7 +36,7 @@ std::string counted(std::size_t number, std::string_view what) {
     return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
 }
 
-ExitCode check(const Options& options, std::ostream& out) {
+ExitCode check(const CheckOptions& options, std::ostream& out) {
     std::size_t errors = 0;
     std::size_t warnings = 0;
     for (const auto& file : options.files)
@@ -55,7 +55,7 @@ ExitCode check(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addCheck(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<CheckOptions>();
     Command command(
         line, "check",
         "Tells all that is wrong with station files, each fault with its place, what it is\n"

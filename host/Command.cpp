@@ -66,21 +66,20 @@ void Command::does(Action action) {
     app_.callback([&chosen = chosen_, action = std::move(action)] { chosen = action; });
 }
 
-using Path = std::filesystem::path;
+using FilePath = std::filesystem::path;
 using Text = std::string;
 
-template void Command::argument(const Text&, Path&, const Text&);
-template void Command::argument(const Text&, std::vector<Path>&, const Text&);
+template void Command::argument(const Text&, FilePath&, const Text&);
+template void Command::argument(const Text&, std::vector<FilePath>&, const Text&);
 template void Command::argument(const Text&, Text&, const Text&);
 template void Command::argument(const Text&, std::vector<Text>&, const Text&);
 template void Command::optionalArgument(const Text&, Text&, const Text&);
 template void Command::optionalArgument(const Text&, std::vector<Text>&, const Text&);
-template void Command::option(const Text&, std::optional<Path>&, const Text&, const Text&);
+template void Command::option(const Text&, std::optional<FilePath>&, const Text&, const Text&);
 template void Command::option(const Text&, Text&, const Text&, const Text&);
 template void Command::option(const Text&, std::vector<Text>&, const Text&, const Text&);
 template void Command::option(const Text&, unsigned long long&, const Text&, const Text&);
 template void Command::option(const Text&, std::optional<unsigned>&, const Text&, const Text&);
-template void Command::option(const Text&, std::optional<std::uint64_t>&, const Text&,
-                              const Text&);
+template void Command::option(const Text&, std::optional<std::uint64_t>&, const Text&, const Text&);
 
 }  // namespace trel::host

@@ -17,7 +17,7 @@ namespace trel::host {
 namespace {
 
 // A connection as far as it can be read.
-struct Edge {
+struct MappedEdge {
     sdf::Element& element;
     bool isBinding;
     std::optional<MappedEnd> source = {};  // of something that is there
@@ -34,9 +34,9 @@ bool carries(std::string_view from, std::string_view to) {
            (isWhole(from) && to == "Bool");
 }
 
-class Inspection {
+class ConnectionInspection {
 public:
-    Inspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
+    ConnectionInspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
 
     void run() {
         for (const MappedObject& object : map_.objects())
@@ -52,7 +52,8 @@ private:
         for (const auto& connection : owner.element->children("connection")) {
             inspectId(owner, *connection, ids);
             const ElementPtr key = connection->get("index");
-            Edge edge{*connection, !key || (!key->value().has_value() && !faults_.isNoted(*key))};
+            MappedEdge edge{*connection,
+                            !key || (!key->value().has_value() && !faults_.isNoted(*key))};
             const auto index = key ? indexOf(owner, *connection, *key) : std::nullopt;
             if (index) indices.emplace(*index, key.get());
             allRead = allRead && (!key || index);
@@ -104,7 +105,7 @@ private:
         return std::nullopt;
     }
 
-    std::optional<MappedEnd> inspectEnd(const MappedObject& owner, const Edge& edge,
+    std::optional<MappedEnd> inspectEnd(const MappedObject& owner, const MappedEdge& edge,
                                         std::string_view key) {
         const ElementPtr at = edge.element.get(key);
         const auto end = endOf(edge.element, key);
@@ -137,7 +138,7 @@ private:
         return end;
     }
 
-    void inspectRepetition(const MappedObject& owner, const Edge& edge,
+    void inspectRepetition(const MappedObject& owner, const MappedEdge& edge,
                            std::map<std::pair<std::uint64_t, std::uint64_t>, unsigned>& ends) {
         if (edge.isBinding) return;
         const auto [entry, fresh] =
@@ -150,11 +151,11 @@ private:
                                     map_.pathOf("signal", *edge.destination)));
     }
 
-    std::string typeOf(const Edge& edge, MappedEnd end) const {
+    std::string typeOf(const MappedEdge& edge, MappedEnd end) const {
         return map_.member(edge.tag(), end)->asString("type");
     }
 
-    void inspectBinding(const MappedObject& owner, const Edge& edge) {
+    void inspectBinding(const MappedObject& owner, const MappedEdge& edge) {
         const std::string from = typeOf(edge, *edge.source);
         const std::string to = typeOf(edge, *edge.destination);
         if (!carries(from, to) && !hasTypeFault(*edge.source) && !hasTypeFault(*edge.destination))
@@ -170,7 +171,7 @@ private:
     }
 
     // Inside an aggregation its inputs and the outputs of its children drive.
-    void inspectSignals(const MappedObject& owner, const Edge& edge) {
+    void inspectSignals(const MappedObject& owner, const MappedEdge& edge) {
         const std::string from = typeOf(edge, *edge.source);
         const std::string to = typeOf(edge, *edge.destination);
         const bool ownSource = edge.source->object == owner.id;
@@ -200,7 +201,7 @@ private:
     }
 
     // An input wired to itself is a ring, and told as one.
-    static bool isSame(const Edge& edge) {
+    static bool isSame(const MappedEdge& edge) {
         return edge.source->packed() == edge.destination->packed();
     }
 
@@ -235,6 +236,8 @@ private:
 
 }  // namespace
 
-void inspectConnections(const StationMap& map, FaultList& faults) { Inspection(map, faults).run(); }
+void inspectConnections(const StationMap& map, FaultList& faults) {
+    ConnectionInspection(map, faults).run();
+}
 
 }  // namespace trel::host

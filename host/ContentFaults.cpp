@@ -15,9 +15,9 @@ namespace trel::host {
 
 namespace {
 
-class Inspection {
+class ContentInspection {
 public:
-    Inspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
+    ContentInspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
 
     void run() {
         for (const MappedObject& object : map_.objects()) {
@@ -172,6 +172,8 @@ private:
 
 }  // namespace
 
-void inspectContents(const StationMap& map, FaultList& faults) { Inspection(map, faults).run(); }
+void inspectContents(const StationMap& map, FaultList& faults) {
+    ContentInspection(map, faults).run();
+}
 
 }  // namespace trel::host

@@ -31,9 +31,9 @@ struct Meaning {
 
 std::string quotedText(const std::string& text) { return fmt::format("\"{}\"", text); }
 
-class Reader {
+class StationReader {
 public:
-    explicit Reader(const sdf::Element& station) : map_(station) {
+    explicit StationReader(const sdf::Element& station) : map_(station) {
         for (const MappedObject& object : map_.objects()) ++taken_[map_.pathOf(object)];
     }
 
@@ -198,8 +198,8 @@ void compareOrders(const std::string& owner, std::vector<std::string> a, std::ve
 }  // namespace
 
 std::vector<std::string> differences(const sdf::Element& a, const sdf::Element& b) {
-    const Meaning first = Reader(a).read();
-    const Meaning second = Reader(b).read();
+    const Meaning first = StationReader(a).read();
+    const Meaning second = StationReader(b).read();
     std::vector<std::string> lines;
     for (const auto& [path, thing] : first.things) {
         const auto other = second.things.find(path);

@@ -12,7 +12,7 @@ namespace trel::host {
 
 namespace {
 
-struct Options {
+struct DiffOptions {
     std::filesystem::path a;
     std::filesystem::path b;
 };
@@ -33,7 +33,7 @@ sdf::Document read(const std::filesystem::path& file) {
     return std::move(*station.document);
 }
 
-ExitCode diff(const Options& options, std::ostream& out) {
+ExitCode diff(const DiffOptions& options, std::ostream& out) {
     const sdf::Document a = read(options.a);
     const sdf::Document b = read(options.b);
     const auto lines = differences(*a.root(), *b.root());
@@ -44,7 +44,7 @@ ExitCode diff(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addDiff(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<DiffOptions>();
     Command command(
         line, "diff",
         "Prints how two stations differ in what they mean: components, values, wiring and\n"

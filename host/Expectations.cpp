@@ -10,19 +10,17 @@ namespace trel::host {
 
 namespace {
 
-using Kind = Expectation::Kind;
-
 std::string askedOf(const Expectation& expectation, Time from) {
     const std::string span = expectation.span ? " within " + textOfTime(*expectation.span)
                                               : std::string();
     switch (expectation.kind) {
-        case Kind::Now:
+        case Expectation::Kind::Now:
             return fmt::format("at {} {} was expected to be {}", textOfTime(from), expectation.name,
                                expectation.text);
-        case Kind::Within:
+        case Expectation::Kind::Within:
             return fmt::format("from {} on {} was expected to be {}{}", textOfTime(from),
                                expectation.name, expectation.text, span);
-        case Kind::Never: break;
+        case Expectation::Kind::Never: break;
     }
     return fmt::format("from {} on {} was expected never to be {}{}", textOfTime(from),
                        expectation.name, expectation.text, span);
@@ -32,17 +30,17 @@ std::string askedOf(const Expectation& expectation, Time from) {
 std::string told(const Verdict& verdict) {
     const Expectation& expectation = *verdict.expectation;
     if (verdict.outcome == Verdict::Outcome::Failed)
-        return expectation.kind == Kind::Now
+        return expectation.kind == Expectation::Kind::Now
                    ? fmt::format("FAILED: {} was expected to be {}, and is {}", expectation.name,
                                  expectation.text, shown(expectation.member))
                    : fmt::format("FAILED: {}, {}", verdict.asked, verdict.found);
     switch (expectation.kind) {
-        case Kind::Now:
+        case Expectation::Kind::Now:
             return fmt::format("ok: {} = {}", expectation.name, shown(expectation.member));
-        case Kind::Within:
+        case Expectation::Kind::Within:
             return fmt::format("ok: {} = {} within {}", expectation.name, expectation.text,
                                textOfTime(*expectation.span));
-        case Kind::Never: break;
+        case Expectation::Kind::Never: break;
     }
     return fmt::format("ok: {} was never {}", expectation.name, expectation.text);
 }
@@ -51,7 +49,7 @@ std::string told(const Verdict& verdict) {
 
 void Expectations::open(const Expectation& expectation, Time time) {
     std::optional<Time> to;
-    if (expectation.kind == Kind::Now) to = time;
+    if (expectation.kind == Expectation::Kind::Now) to = time;
     if (expectation.span) to = time + *expectation.span;
     open_.push_back({&expectation, time, to});
 }
@@ -72,12 +70,12 @@ void Expectations::stepDone(Time time) {
 // Whether it is decided.
 bool Expectations::lookAt(const Open& open, Time time) {
     const auto found = open.expectation->found();
-    const Kind kind = open.expectation->kind;
-    if (!found && kind == Kind::Never)
+    const Expectation::Kind kind = open.expectation->kind;
+    if (!found && kind == Expectation::Kind::Never)
         decide(open, Outcome::Failed, time, fmt::format("and was so at {}", textOfTime(time)));
     else if (!found)
         decide(open, Outcome::Held, time, "");
-    else if (kind == Kind::Now)
+    else if (kind == Expectation::Kind::Now)
         decide(open, Outcome::Failed, time, "and was " + *found);
     else if (open.to && time >= *open.to)
         close(open, time);
@@ -88,7 +86,7 @@ bool Expectations::lookAt(const Open& open, Time time) {
 
 // Its span is over, and nothing was seen.
 void Expectations::close(const Open& open, Time time) {
-    if (open.expectation->kind == Kind::Never)
+    if (open.expectation->kind == Expectation::Kind::Never)
         decide(open, Outcome::Held, time, "");
     else
         decide(open, Outcome::Failed, time,
@@ -99,7 +97,7 @@ void Expectations::changed(const Change& change) {
     for (auto open = open_.begin(); open != open_.end();) {
         const Expectation& expectation = *open->expectation;
         const bool isSeen =
-            expectation.member == change.member && expectation.kind != Kind::Now &&
+            expectation.member == change.member && expectation.kind != Expectation::Kind::Now &&
             (!open->to || change.time <= *open->to) &&
             (change.number ? expectation.holdsFor(*change.number) : !expectation.found());
         if (!isSeen) {
@@ -108,7 +106,7 @@ void Expectations::changed(const Change& change) {
         }
         const Open seen = *open;
         open = open_.erase(open);
-        if (expectation.kind == Kind::Within)
+        if (expectation.kind == Expectation::Kind::Within)
             decide(seen, Outcome::Held, change.time, "");
         else
             decide(seen, Outcome::Failed, change.time,

@@ -23,9 +23,9 @@ struct Wire {
     MappedEnd destination;
 };
 
-class Inspection {
+class FlowInspection {
 public:
-    Inspection(const StationMap& map, const IsAggregation& isAggregation, FaultList& faults)
+    FlowInspection(const StationMap& map, const IsAggregation& isAggregation, FaultList& faults)
         : map_(map), isAggregation_(isAggregation), faults_(faults) {
         for (const MappedObject& object : map_.objects())
             if (!object.isController() && map_.find(object.id) == &object) collect(object);
@@ -159,7 +159,7 @@ private:
 }  // namespace
 
 void inspectFlow(const StationMap& map, const IsAggregation& isAggregation, FaultList& faults) {
-    Inspection(map, isAggregation, faults).run();
+    FlowInspection(map, isAggregation, faults).run();
 }
 
 }  // namespace trel::host

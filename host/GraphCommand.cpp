@@ -14,7 +14,7 @@ namespace trel::host {
 
 namespace {
 
-struct Options {
+struct GraphOptions {
     std::filesystem::path file;
     std::optional<std::filesystem::path> picture;
     std::vector<std::filesystem::path> libraries;
@@ -32,7 +32,7 @@ std::string formatOf(const std::filesystem::path& picture) {
                               picture.string()));
 }
 
-ExitCode graph(const Options& options, std::ostream& out) {
+ExitCode graph(const GraphOptions& options, std::ostream& out) {
     const std::string format = options.picture ? formatOf(*options.picture) : "dot";
     loadTypeLibraries(options.libraries);
     const LiveStation station(options.file);
@@ -54,7 +54,7 @@ ExitCode graph(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addGraph(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<GraphOptions>();
     Command command(line, "graph",
                     "Draws how a station is wired, or prints the graph in the DOT language.\n"
                     "Example: station graph station.xml -o station.svg --values");

@@ -26,7 +26,7 @@ public:
         if (descriptor_ < 0)
             throw std::system_error(errno, std::generic_category(), "no memory file");
         for (std::size_t done = 0; done != text.size();) {
-            const ssize_t size = write(descriptor_, text.data() + done, text.size() - done);
+            const ssize_t size = ::write(descriptor_, text.data() + done, text.size() - done);
             if (size < 0) throw std::system_error(errno, std::generic_category(), "no memory");
             done += static_cast<std::size_t>(size);
         }
@@ -42,7 +42,7 @@ public:
         std::string result;
         std::array<char, 65536> buffer;
         lseek(descriptor_, 0, SEEK_SET);
-        for (ssize_t size; (size = read(descriptor_, buffer.data(), buffer.size())) > 0;)
+        for (ssize_t size; (size = ::read(descriptor_, buffer.data(), buffer.size())) > 0;)
             result.append(buffer.data(), static_cast<std::size_t>(size));
         return result;
     }

@@ -16,7 +16,6 @@ namespace trel::host {
 namespace {
 
 using sdf::Element;
-using Kind = Element::Kind;
 
 // How the library reads a key.
 enum class Read { Text, Flag, Id, Number, End, Place, Pose, Vector };
@@ -110,14 +109,14 @@ bool maybeRepeated(std::string_view tag) { return tag == "child" || tag == "xy";
 
 // Notes for people and other programs, and blanks beside text.
 bool isPassedOver(const Element& node) {
-    return node.kind() == Kind::Comment || node.kind() == Kind::Instruction ||
-           (node.kind() == Kind::Text &&
+    return node.kind() == Element::Kind::Comment || node.kind() == Element::Kind::Instruction ||
+           (node.kind() == Element::Kind::Text &&
             node.getStringFromValue().find_first_not_of(" \t\r\n") == std::string::npos);
 }
 
-class Inspection {
+class KeyInspection {
 public:
-    Inspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
+    KeyInspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
 
     void inspectStation(const Element& station) {
         contents(station, stationForm, [] { return std::string(); });
@@ -130,7 +129,7 @@ private:
         seen_.clear();
         for (const Element* node = owner.firstChild(); node; node = node->nextSibling()) {
             if (isPassedOver(*node)) continue;
-            if (node->kind() == Kind::Text) {
+            if (node->kind() == Element::Kind::Text) {
                 faults_.add("text-unknown", *node, path(),
                             fmt::format("text stands in <{}>", owner.tag()));
                 continue;
@@ -138,7 +137,7 @@ private:
             const auto key = std::ranges::find(form.keys, node->tag(), &Key::tag);
             if (key != form.keys.end())
                 inspectKey(owner, *node, key->read, path);
-            else if (node->kind() == Kind::Attribute)
+            else if (node->kind() == Element::Kind::Attribute)
                 faults_.add("attribute-unknown", *node, path(),
                             fmt::format("nothing reads the attribute \"{}\" of <{}>", node->tag(),
                                         owner.tag()));
@@ -160,14 +159,15 @@ private:
         inspectValue(owner, key, read, path);
         for (const Element* node = key.firstChild(); node; node = node->nextSibling()) {
             if (isPassedOver(*node)) continue;
-            const bool holdsValue = node->tag() == "value" && node->kind() == Kind::Element;
+            const bool holdsValue = node->tag() == "value" &&
+                                    node->kind() == Element::Kind::Element;
             if (holdsValue) continue;
-            const FaultCode code = node->kind() == Kind::Text ? FaultCode("text-unknown")
-                                   : node->kind() == Kind::Attribute
+            const FaultCode code = node->kind() == Element::Kind::Text ? FaultCode("text-unknown")
+                                   : node->kind() == Element::Kind::Attribute
                                        ? FaultCode("attribute-unknown")
                                        : FaultCode("element-unknown");
             faults_.add(code, *node, path(),
-                        node->kind() == Kind::Text
+                        node->kind() == Element::Kind::Text
                             ? fmt::format("text stands in the key \"{}\"", key.tag())
                             : fmt::format("nothing reads \"{}\" in the key \"{}\"", node->tag(),
                                           key.tag()));
@@ -216,7 +216,7 @@ private:
 }  // namespace
 
 void inspectKeys(const sdf::Element& station, const StationMap& map, FaultList& faults) {
-    Inspection(map, faults).inspectStation(station);
+    KeyInspection(map, faults).inspectStation(station);
 }
 
 }  // namespace trel::host

@@ -22,7 +22,6 @@ using smartcomp::SmartComponent;
 using smartcomp::StationLogic;
 
 constexpr std::string_view special = "/.#\"\\";
-constexpr unsigned mostNames = 64;  // of a path: deeper nesting, or a ring, begins with an id
 
 // The number in "#5"; empty for any other step.
 std::optional<unsigned> idIn(std::string_view step) {

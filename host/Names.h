@@ -25,6 +25,9 @@ class NameError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// How many names a path has: deeper nesting, or a ring, begins with an id.
+inline constexpr unsigned mostNames = 64;
+
 /// A name as it stands in a path: in quotes where it would be read otherwise.
 std::string quoted(const std::string& name);
 

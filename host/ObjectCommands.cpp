@@ -25,7 +25,7 @@ using smartcomp::Connection;
 using smartcomp::SmartComponent;
 using smartcomp::StationLogic;
 
-struct Options {
+struct ObjectOptions {
     EditOptions edit;
     std::vector<std::string> names;
     std::string newName;
@@ -144,7 +144,7 @@ void removeMember(const Member& member, std::ostream& out) {
     element->removeFromParent();
 }
 
-ExitCode remove(const Options& options, std::ostream& out) {
+ExitCode remove(const ObjectOptions& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         for (const std::string& path : options.names)
             if (Names::isOfMember(path))
@@ -167,7 +167,7 @@ void renameMember(const Member& member, const std::string& name) {
                                   pathOf(member)));
 }
 
-ExitCode rename(const Options& options, std::ostream& out) {
+ExitCode rename(const ObjectOptions& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         const std::string& path = options.names.front();
         std::string before;
@@ -195,7 +195,7 @@ ExitCode rename(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addObjects(const CommandLine& line) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<ObjectOptions>();
     Command removal(line, "remove",
                     "Removes components with all that they contain and all their connections, or\n"
                     "signals and properties with theirs. What names them names nothing then.\n"
@@ -206,7 +206,7 @@ void addObjects(const CommandLine& line) {
                              "What is removed; nothing but to tidy up without it");
     removal.does([options](std::ostream& out) { return remove(*options, out); });
 
-    options = std::make_shared<Options>();
+    options = std::make_shared<ObjectOptions>();
     options->names.resize(1);
     Command renaming(line, "rename",
                      "Gives a component, controller, signal or property another name.\n"

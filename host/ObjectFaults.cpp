@@ -41,9 +41,9 @@ std::string theOneIn(unsigned line) {
     return line == 0 ? "another one" : fmt::format("the one in line {}", line);
 }
 
-class Inspection {
+class ObjectInspection {
 public:
-    Inspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
+    ObjectInspection(const StationMap& map, FaultList& faults) : map_(map), faults_(faults) {}
 
     void run() {
         for (const MappedObject& object : map_.objects()) {
@@ -185,6 +185,8 @@ private:
 
 }  // namespace
 
-void inspectObjects(const StationMap& map, FaultList& faults) { Inspection(map, faults).run(); }
+void inspectObjects(const StationMap& map, FaultList& faults) {
+    ObjectInspection(map, faults).run();
+}
 
 }  // namespace trel::host

@@ -19,10 +19,10 @@ struct TooMuch {};  // to read on
 
 // Reads one file into the scenario. What is wrong is noted, and the rest is read as if
 // the wrong thing were not there.
-class Reader {
+class ScenarioReader {
 public:
-    Reader(Scenario& scenario, ScenarioFaults& faults, std::filesystem::path file, Time shift,
-           std::vector<std::filesystem::path> outer)
+    ScenarioReader(Scenario& scenario, ScenarioFaults& faults, std::filesystem::path file,
+                   Time shift, std::vector<std::filesystem::path> outer)
         : scenario_(scenario),
           faults_(faults),
           place_(scenario.files.size() - 1),
@@ -304,7 +304,7 @@ private:
             throw TooMuch();
         }
         scenario_.files.push_back(file.string());
-        Reader(scenario_, faults_, file, shift, std::move(chain)).read([&] {
+        ScenarioReader(scenario_, faults_, file, shift, std::move(chain)).read([&] {
             return YAML::LoadFile(file.string());
         });
     }
@@ -323,7 +323,7 @@ Scenario make(const std::string& name, const std::filesystem::path& file,
     scenario.files.push_back(name);
     ScenarioFaults faults(scenario);
     try {
-        Reader(scenario, faults, file, 0, {}).read(load);
+        ScenarioReader(scenario, faults, file, 0, {}).read(load);
     } catch (const TooMuch&) {
         // The fault says so.
     }

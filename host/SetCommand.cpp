@@ -16,15 +16,15 @@ namespace trel::host {
 
 namespace {
 
-struct Options {
+struct SetOptions {
     EditOptions edit;
     std::vector<std::string> settings;  // path, value, path, value
 };
 
 // Changes, without a time: while a station is edited, none passes.
-class Printer : public TraceSink {
+class ChangePrinter : public TraceSink {
 public:
-    explicit Printer(std::ostream& out) : out_(out) {}
+    explicit ChangePrinter(std::ostream& out) : out_(out) {}
     void changed(const Change& change) override {
         fmt::print(out_, "{} = {}\n", pathOf(change.member), change.shown);
     }
@@ -70,12 +70,12 @@ void setProperty(const Member& member, const std::string& path, const std::strin
     component.setPropertyValue(member.id, text);
 }
 
-ExitCode set(const Options& options, std::ostream& out) {
+ExitCode set(const SetOptions& options, std::ostream& out) {
     if (options.settings.size() % 2 != 0)
         throw Failure(ExitCode::Usage, fmt::format("{} is given no value; write NAME VALUE pairs",
                                                    options.settings.back()));
     return edit(options.edit, out, [&](const Names& names) {
-        Printer printer(out);
+        ChangePrinter printer(out);
         Trace trace({&printer});
         for (std::size_t i = 0; i != options.settings.size(); i += 2) {
             const std::string& path = options.settings[i];
@@ -94,7 +94,7 @@ ExitCode set(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addSet(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<SetOptions>();
     Command command(
         line, "set",
         "Sets signals and properties as they are set while a station is edited, prints all\n"

@@ -25,7 +25,7 @@ using smartcomp::Connection;
 using smartcomp::SmartComponent;
 using smartcomp::StationLogic;
 
-class Printer {
+class StationPrinter {
 public:
     std::string print() {
         line(0, "station {}", quoted(GetStationElem()->name()));
@@ -107,6 +107,6 @@ private:
 
 }  // namespace
 
-std::string textOfStation() { return Printer().print(); }
+std::string textOfStation() { return StationPrinter().print(); }
 
 }  // namespace trel::host

@@ -10,12 +10,12 @@ namespace trel::host {
 
 namespace {
 
-struct Options {
+struct ShowOptions {
     std::filesystem::path file;
     std::vector<std::filesystem::path> libraries;
 };
 
-ExitCode show(const Options& options, std::ostream& out) {
+ExitCode show(const ShowOptions& options, std::ostream& out) {
     loadTypeLibraries(options.libraries);
     const LiveStation station(options.file);
     out << textOfStation();
@@ -25,7 +25,7 @@ ExitCode show(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addShow(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<ShowOptions>();
     Command command(
         line, "show",
         "Prints the components of a station with their properties, signals, connections\n"

@@ -11,8 +11,6 @@ namespace trel::host {
 
 namespace {
 
-constexpr unsigned mostNames = 64;  // of a path: deeper nesting, or a ring, begins with an id
-
 unsigned parentOf(sdf::Element& element) {
     try {
         return element.asUInt("parent");

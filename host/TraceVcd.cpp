@@ -24,7 +24,7 @@ namespace {
 
 constexpr unsigned vectorBits = 32;
 
-std::string escaped(const std::string& name) {
+std::string identifier(const std::string& name) {
     if (name.empty()) return "%";
     std::string result;
     for (const char c : name) {
@@ -84,7 +84,7 @@ public:
     Head(VcdTrace& dump, const std::vector<Member>& forcible)
         : dump_(dump), forcible_(forcible.begin(), forcible.end()) {
         dump_.out_ << "$version station $end\n$timescale 1 ps $end\n";
-        open(escaped(GetStationElem()->name()));
+        open(identifier(GetStationElem()->name()));
         logic();
         close();
         dump_.out_ << "$enddefinitions $end\n";
@@ -183,7 +183,7 @@ private:
 
     // Siblings may have the same name, and look the same when they are escaped.
     static std::string unique(std::set<std::string>& taken, const std::string& name, unsigned id) {
-        std::string result = escaped(name);
+        std::string result = identifier(name);
         while (!taken.insert(result).second) result += fmt::format("_{}", id);
         return result;
     }

@@ -25,7 +25,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* ownName = "libtrelcomponents.so";
 constexpr const char* foldersVariable = "STATION_COMPONENTS";
-constexpr unsigned longest = 60;  // seconds that a library may take to load
+constexpr unsigned longestLoad = 60;  // seconds that a library may take to load
 
 [[noreturn]] void refuse(const fs::path& library, const std::string& fault) {
     throw Failure(ExitCode::Usage, fmt::format("{}: {}", library.string(), fault));
@@ -150,7 +150,7 @@ std::string trial(const fs::path& path, const fs::path& called) {
                 if (!std::ranges::binary_search(before, name)) names += name + '\n';
             return names;
         },
-        longest);
+        longestLoad);
     if (!result.end.empty())
         refuse(called,
                fmt::format("{} while it was loaded; its maker has to mend that", result.end));

@@ -28,7 +28,7 @@ namespace {
 using smartcomp::Manager;
 using smartcomp::SmartComponent;
 
-struct Options {
+struct TypesOptions {
     std::string name;  // empty for all
     std::vector<std::filesystem::path> libraries;
 };
@@ -130,7 +130,7 @@ std::string textOf(const Manager::Type& type) {
                            : fmt::format("  a component cannot be made: {}\n", made.end));
 }
 
-ExitCode types(const Options& options, std::ostream& out) {
+ExitCode types(const TypesOptions& options, std::ostream& out) {
     loadTypeLibraries(options.libraries);
     std::string text;
     for (const Manager::Type& type : Manager::inst()->types()) {
@@ -153,7 +153,7 @@ ExitCode types(const Options& options, std::ostream& out) {
 }  // namespace
 
 void addTypes(const CommandLine& line) {
-    const auto options = std::make_shared<Options>();
+    const auto options = std::make_shared<TypesOptions>();
     Command command(line, "types",
                     "Prints the component types with what they do, their properties and signals.\n"
                     "Example: station types Timer");

@@ -17,7 +17,7 @@ namespace {
 using smartcomp::Aggregation;
 using smartcomp::Connection;
 
-struct Options {
+struct WiringOptions {
     EditOptions edit;
     std::string source;
     std::string destination;
@@ -29,7 +29,7 @@ struct Ends {
     Member destination;
 };
 
-Ends endsOf(const Options& options, const Names& names) {
+Ends endsOf(const WiringOptions& options, const Names& names) {
     const Ends ends{names.member(options.source), names.member(options.destination)};
     if (ends.source.kind != ends.destination.kind)
         throw Failure(ExitCode::Usage,
@@ -66,7 +66,7 @@ std::vector<Edge> edgesBetween(const Ends& ends) {
     });
 }
 
-std::vector<Edge> edgesToEdit(const Options& options, const Names& names) {
+std::vector<Edge> edgesToEdit(const WiringOptions& options, const Names& names) {
     auto edges = edgesBetween(endsOf(options, names));
     if (edges.empty())
         throw Failure(ExitCode::Usage,
@@ -103,7 +103,7 @@ std::size_t placeIn(const std::string& text, std::size_t length) {
     return *place;
 }
 
-ExitCode connect(const Options& options, std::ostream& out) {
+ExitCode connect(const WiringOptions& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         const Ends ends = endsOf(options, names);
         if (!edgesBetween(ends).empty())
@@ -129,7 +129,7 @@ ExitCode connect(const Options& options, std::ostream& out) {
     });
 }
 
-ExitCode disconnect(const Options& options, std::ostream& out) {
+ExitCode disconnect(const WiringOptions& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         for (const Edge& edge : edgesToEdit(options, names)) {
             const Connection& connection = connectionOf(edge);
@@ -140,7 +140,7 @@ ExitCode disconnect(const Options& options, std::ostream& out) {
     });
 }
 
-ExitCode move(const Options& options, std::ostream& out) {
+ExitCode move(const WiringOptions& options, std::ostream& out) {
     return edit(options.edit, out, [&](const Names& names) {
         const Edge edge = edgesToEdit(options, names).front();
         const Connection& connection = connectionOf(edge);
@@ -156,10 +156,10 @@ ExitCode move(const Options& options, std::ostream& out) {
     });
 }
 
-using Deed = ExitCode (*)(const Options&, std::ostream&);
+using Deed = ExitCode (*)(const WiringOptions&, std::ostream&);
 
 Command add(const CommandLine& line, const std::string& name, const std::string& help, Deed deed,
-            const std::shared_ptr<Options>& options) {
+            const std::shared_ptr<WiringOptions>& options) {
     Command command(line, name, help);
     addEditOptions(command, options->edit);
     command.argument("SOURCE", options->source, "Where it begins, as in Cell/Gripper.Holding");
@@ -171,7 +171,7 @@ Command add(const CommandLine& line, const std::string& name, const std::string&
 }  // namespace
 
 void addWiring(const CommandLine& line) {
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<WiringOptions>();
     add(line, "connect",
         "Connects two signals, or binds two properties, in the aggregation that contains both.\n"
         "Example: station connect station.xml Cell.Closed Lamp.In --at first",
@@ -179,12 +179,12 @@ void addWiring(const CommandLine& line) {
         .option("--at", options->place, "PLACE",
                 "The place in the order in which values are delivered: first, last, or a\n"
                 "number from 0; else last");
-    options = std::make_shared<Options>();
+    options = std::make_shared<WiringOptions>();
     add(line, "disconnect",
         "Deletes the connections or bindings from one to the other.\n"
         "Example: station disconnect station.xml Belt.Running Lamp.In",
         disconnect, options);
-    options = std::make_shared<Options>();
+    options = std::make_shared<WiringOptions>();
     add(line, "move",
         "Gives a connection another place in the order in which values are delivered.\n"
         "Example: station move station.xml Belt.Running Lamp.In first",

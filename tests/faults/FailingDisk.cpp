@@ -14,11 +14,9 @@ namespace trel::test {
 
 namespace {
 
-using How = FailingDisk::How;
-
-struct State {
+struct Disk {
     bool isOn = false;
-    How how = How::Count;
+    FailingDisk::How how = FailingDisk::How::Count;
     std::size_t n = 0;
     int error = 0;
     std::size_t mostAtOnce = 0;
@@ -27,7 +25,7 @@ struct State {
     const char* failed = "";
 };
 
-thread_local State state;
+thread_local Disk disk;
 
 [[noreturn]] void die() {
     ::kill(::getpid(), SIGKILL);
@@ -37,27 +35,28 @@ thread_local State state;
 // Carries a call out by its number, past the functions below, or has it fail.
 template <typename... Arguments>
 long carryOut(const char* name, long number, Arguments... arguments) {
-    if (!state.isOn) return ::syscall(number, arguments...);
-    const std::size_t call = ++state.calls;
-    const bool isIt = call == state.n;
-    if (isIt && state.how == How::KillBefore) die();
-    if ((isIt && state.how == How::Once) || (call >= state.n && state.how == How::FromThenOn)) {
-        if (!*state.failed) state.failed = name;
-        errno = state.error;
+    using enum FailingDisk::How;
+    if (!disk.isOn) return ::syscall(number, arguments...);
+    const std::size_t call = ++disk.calls;
+    const bool isIt = call == disk.n;
+    if (isIt && disk.how == KillBefore) die();
+    if ((isIt && disk.how == Once) || (call >= disk.n && disk.how == FromThenOn)) {
+        if (!*disk.failed) disk.failed = name;
+        errno = disk.error;
         // A file that fails to close is closed.
         if (number == SYS_close) {
             ::syscall(number, arguments...);
-            errno = state.error;
+            errno = disk.error;
         }
         return -1;
     }
     const long result = number == SYS_fsync ? 0 : ::syscall(number, arguments...);
-    if (isIt && state.how == How::KillAfter) die();
+    if (isIt && disk.how == KillAfter) die();
     return result;
 }
 
 int openAt(const char* name, int folder, const char* path, int flags, mode_t mode) {
-    if (state.isOn && state.refusesNameless && (flags & O_TMPFILE) == O_TMPFILE) {
+    if (disk.isOn && disk.refusesNameless && (flags & O_TMPFILE) == O_TMPFILE) {
         errno = EOPNOTSUPP;
         return -1;
     }
@@ -71,29 +70,29 @@ mode_t modeOf(int flags, va_list arguments) {
 }  // namespace
 
 FailingDisk::FailingDisk(How how, std::size_t n, int error, std::size_t mostAtOnce) {
-    state = State();
-    state.how = how;
-    state.n = n;
-    state.error = error;
-    state.mostAtOnce = mostAtOnce;
-    state.isOn = true;
+    disk = Disk();
+    disk.how = how;
+    disk.n = n;
+    disk.error = error;
+    disk.mostAtOnce = mostAtOnce;
+    disk.isOn = true;
 }
 
-FailingDisk::~FailingDisk() { state.isOn = false; }
+FailingDisk::~FailingDisk() { disk.isOn = false; }
 
-void FailingDisk::refuseNameless() { state.refusesNameless = true; }
+void FailingDisk::refuseNameless() { disk.refusesNameless = true; }
 
-std::size_t FailingDisk::calls() const { return state.calls; }
+std::size_t FailingDisk::calls() const { return disk.calls; }
 
-const char* FailingDisk::failed() const { return state.failed; }
+const char* FailingDisk::failed() const { return disk.failed; }
 
 }  // namespace trel::test
 
 // In place of the system's, for every library of the program.
 
 using trel::test::carryOut;
-using trel::test::How;
-using trel::test::state;
+using trel::test::disk;
+using trel::test::FailingDisk;
 
 extern "C" {
 
@@ -118,8 +117,9 @@ ssize_t read(int file, void* bytes, size_t size) {
 }
 
 ssize_t write(int file, const void* bytes, size_t size) {
-    if (state.isOn && state.mostAtOnce > 0) size = std::min(size, state.mostAtOnce);
-    if (state.isOn && state.how == How::Short && state.calls + 1 == state.n) size = (size + 1) / 2;
+    if (disk.isOn && disk.mostAtOnce > 0) size = std::min(size, disk.mostAtOnce);
+    if (disk.isOn && disk.how == FailingDisk::How::Short && disk.calls + 1 == disk.n)
+        size = (size + 1) / 2;
     return carryOut("write", SYS_write, file, bytes, size);
 }
 

@@ -9,21 +9,21 @@ namespace trel::test {
 
 namespace {
 
-struct State {
+struct Memory {
     bool isOn = false;
     bool onlyOnce = false;
     bool hasFailed = false;
-    std::size_t n = 0;  // how many more until it fails
+    std::size_t n = 0;  // when many more until it fails
 };
 
-thread_local State state;
+thread_local Memory memory;
 std::atomic<long> blocks = 0;
 
 bool fails() {
-    if (!state.isOn) return false;
-    if (state.n > 1) return --state.n, false;
-    if (state.hasFailed && state.onlyOnce) return false;
-    return state.hasFailed = true;
+    if (!memory.isOn) return false;
+    if (memory.n > 1) return --memory.n, false;
+    if (memory.hasFailed && memory.onlyOnce) return false;
+    return memory.hasFailed = true;
 }
 
 // Null where there is none.
@@ -57,16 +57,16 @@ void* takeForParser(std::size_t size) { return take(size); }
 
 }  // namespace
 
-FailingMemory::FailingMemory(How how, std::size_t n) {
-    state = {.isOn = true, .onlyOnce = how == How::Once, .hasFailed = false, .n = n};
+FailingMemory::FailingMemory(When when, std::size_t n) {
+    memory = {.isOn = true, .onlyOnce = when == When::Once, .hasFailed = false, .n = n};
 }
 
-FailingMemory::~FailingMemory() { state.isOn = false; }
+FailingMemory::~FailingMemory() { memory.isOn = false; }
 
-bool FailingMemory::hasFailed() const { return state.hasFailed; }
+bool FailingMemory::hasFailed() const { return memory.hasFailed; }
 
-SafeMemory::SafeMemory() : wasOn_(state.isOn) { state.isOn = false; }
-SafeMemory::~SafeMemory() { state.isOn = wasOn_; }
+SafeMemory::SafeMemory() : wasOn_(memory.isOn) { memory.isOn = false; }
+SafeMemory::~SafeMemory() { memory.isOn = wasOn_; }
 
 long blocksInUse() { return blocks; }
 

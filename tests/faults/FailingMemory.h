@@ -8,12 +8,12 @@ namespace trel::test {
 /// forms, and what the XML parser takes.
 class FailingMemory {
 public:
-    enum class How {
+    enum class When {
         Once,        // allocation n fails, counted from 1
         FromThenOn,  // and every one behind it
     };
 
-    FailingMemory(How how, std::size_t n);
+    FailingMemory(When when, std::size_t n);
     ~FailingMemory();
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;

@@ -20,7 +20,7 @@ void PrintTo(const Operation& operation, std::ostream* stream) { *stream << oper
 
 namespace {
 
-using How = FailingMemory::How;
+using When = FailingMemory::When;
 
 // The lines that only one of the two has, until there are a few.
 std::string differing(const std::string& seen, const std::string& expected) {
@@ -80,14 +80,14 @@ protected:
     }
 
     // Gives false when nothing failed.
-    static bool tryWithout(How how, std::size_t n, const std::string& expected) {
+    static bool tryWithout(When when, std::size_t n, const std::string& expected) {
         Scene scene;
         GetParam().prepare(scene);
         const std::string answerBefore = scene.answer;
         bool isDone;
         bool hasFailed;
         {
-            const FailingMemory memory(how, n);
+            const FailingMemory memory(when, n);
             isDone = carryOut(scene);
             hasFailed = memory.hasFailed();
         }
@@ -112,13 +112,13 @@ TEST_P(MemoryThatEnds, LeavesWhatTheRulesSayAndTheSameWorksLater) {
         ASSERT_TRUE(carryOut(scene));
         expected = scene.state();
     }
-    for (const How how : {How::Once, How::FromThenOn})
+    for (const When when : {When::Once, When::FromThenOn})
         for (std::size_t n = 1;; ++n) {
-            SCOPED_TRACE((how == How::Once ? "once, at " : "from there on, at ") +
+            SCOPED_TRACE((when == When::Once ? "once, at " : "from there on, at ") +
                          std::to_string(n));
             const auto& list = smartcomp::GetAllSmartComponents();
             const long before = blocksInUse() - static_cast<long>(list.size());
-            const bool hasFailed = tryWithout(how, n, expected);
+            const bool hasFailed = tryWithout(when, n, expected);
             if (!GetParam().losesRecords) {
                 EXPECT_EQ(blocksInUse() - static_cast<long>(list.size()), before) << "a leak";
             }

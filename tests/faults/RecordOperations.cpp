@@ -15,8 +15,6 @@ namespace {
 using sdf::Document;
 using sdf::Element;
 
-const std::string longText = "another text that does not fit into a string itself either";
-
 Property& number(Scene& scene) { return *scene.lamp().getProperty(1); }
 Property& words(Scene& scene) { return *scene.lamp().getProperty(2); }
 SCSignal& input(Scene& scene) { return signalOf(scene.lamp(), 1); }

@@ -9,6 +9,8 @@
 
 namespace trel::test {
 
+inline const std::string longText = "another text that does not fit into a string itself either";
+
 /// A small cell that has something for every operation, made anew for each try.
 ///
 ///   station logic ( Cell 10 ( Lamp 11, Belt 12, Group 13 ( Inner 14 ) ), Robot 20 )

@@ -26,7 +26,7 @@
 namespace trel::test {
 namespace {
 
-using How = FailingMemory::How;
+using When = FailingMemory::When;
 using smartcomp::Aggregation;
 using smartcomp::SmartComponent;
 using smartcomp::StationLogic;
@@ -123,8 +123,8 @@ void registerType(std::string_view name) {
 }
 
 // Whether it got by with the memory that there was.
-bool getsBy(How how, std::size_t n, bool& hasFailed, const std::function<void()>& action) {
-    const FailingMemory memory(how, n);
+bool getsBy(When when, std::size_t n, bool& hasFailed, const std::function<void()>& action) {
+    const FailingMemory memory(when, n);
     bool isDone = false;
     try {
         loseRecordsOfThrowingConstructor(action);
@@ -143,13 +143,13 @@ protected:
     }
 
     // The attempt, at every allocation, both ways.
-    static void everywhere(const std::function<Attempt(How how, std::size_t n)>& attempt) {
+    static void everywhere(const std::function<Attempt(When when, std::size_t n)>& attempt) {
         std::size_t points = 0;
-        for (const How how : {How::Once, How::FromThenOn})
+        for (const When when : {When::Once, When::FromThenOn})
             for (std::size_t n = 1;; ++n, ++points) {
-                SCOPED_TRACE((how == How::Once ? "once, at " : "from there on, at ") +
+                SCOPED_TRACE((when == When::Once ? "once, at " : "from there on, at ") +
                              std::to_string(n));
-                if (inAnotherProcess([&] { return attempt(how, n); }) == Attempt::NothingFailed)
+                if (inAnotherProcess([&] { return attempt(when, n); }) == Attempt::NothingFailed)
                     break;
                 ASSERT_FALSE(HasFailure());
             }
@@ -173,10 +173,10 @@ protected:
 };
 
 TEST_F(StartingWithoutMemory, TheStationLogicIsMadeByALaterCall) {
-    everywhere([](How how, std::size_t n) {
+    everywhere([](When when, std::size_t n) {
         const long before = blocksInUse();
         bool hasFailed;
-        const bool isDone = getsBy(how, n, hasFailed, [] { StationLogic::inst(); });
+        const bool isDone = getsBy(when, n, hasFailed, [] { StationLogic::inst(); });
         if (!isDone) {
             EXPECT_EQ(blocksInUse(), before) << "a leak";
             expectLockIsFree();
@@ -192,9 +192,9 @@ TEST_F(StartingWithoutMemory, TheStationLogicIsMadeByALaterCall) {
 }
 
 TEST_F(StartingWithoutMemory, LoadLeavesTheDocumentWholeAndMakesAllLater) {
-    everywhere([](How how, std::size_t n) {
+    everywhere([](When when, std::size_t n) {
         bool hasFailed;
-        const bool isDone = getsBy(how, n, hasFailed, [] { smartcomp::Load(); });
+        const bool isDone = getsBy(when, n, hasFailed, [] { smartcomp::Load(); });
         EXPECT_EQ(Station::inst().text(), stationText);
         expectLockIsFree();
         if (!isDone) {
@@ -212,14 +212,14 @@ TEST_F(StartingWithoutMemory, LoadLeavesTheDocumentWholeAndMakesAllLater) {
 }
 
 TEST_F(StartingWithoutMemory, TheFirstRemovalUnderAHoldIsWholeOrIsNone) {
-    everywhere([](How how, std::size_t n) {
+    everywhere([](When when, std::size_t n) {
         smartcomp::Load();
         auto& group = dynamic_cast<Aggregation&>(*sdf::SdfManager::inst()->find(10));
         auto& part = dynamic_cast<SmartComponent&>(*sdf::SdfManager::inst()->find(11));
         const smartcomp::Hold hold(part);
         const std::string before = Station::inst().text();
         bool hasFailed;
-        if (!getsBy(how, n, hasFailed, [] { smartcomp::RemoveSmartComponent(11); })) {
+        if (!getsBy(when, n, hasFailed, [] { smartcomp::RemoveSmartComponent(11); })) {
             EXPECT_EQ(Station::inst().text(), before);
             EXPECT_EQ(sdf::SdfManager::inst()->find(11), &part);
             EXPECT_TRUE(group.hasObjChild(11));
@@ -236,11 +236,11 @@ TEST_F(StartingWithoutMemory, TheFirstRemovalUnderAHoldIsWholeOrIsNone) {
 TEST_F(StartingWithoutMemory, AStationThatCannotBeOpenedLeavesTheOtherOpen) {
     const std::string other =
         stationText.substr(0, stationText.find("  <smart_component id=\"10\"")) + "</station>\n";
-    everywhere([&](How how, std::size_t n) {
+    everywhere([&](When when, std::size_t n) {
         const long before = blocksInUse();
         bool hasFailed;
         const bool isDone =
-            getsBy(how, n, hasFailed, [&] { Station::inst().openText(other, "other"); });
+            getsBy(when, n, hasFailed, [&] { Station::inst().openText(other, "other"); });
         if (!isDone) {
             EXPECT_EQ(blocksInUse(), before) << "a leak";
         }
@@ -254,10 +254,10 @@ TEST_F(StartingWithoutMemory, AStationThatCannotBeOpenedLeavesTheOtherOpen) {
 }
 
 TEST_F(StartingWithoutMemory, TheSingletonsAreMadeByALaterCall) {
-    everywhere([](How how, std::size_t n) {
+    everywhere([](When when, std::size_t n) {
         Station::inst();
         bool hasFailed;
-        getsBy(how, n, hasFailed, [] {
+        getsBy(when, n, hasFailed, [] {
             smartcomp::Manager::inst()->registerVisualType("Bare", nullptr);
             smartcomp::GetAllSmartComponents();
         });
@@ -273,10 +273,10 @@ TEST_F(StartingWithoutMemory, TheSingletonsAreMadeByALaterCall) {
 TEST_F(StartingWithoutMemory, TheHostSaysThatMemoryEndedAndRemovesWhatItMade) {
     const TemporaryFolder folder;
     writeBytes(folder / "cell.xml", stationText);
-    everywhere([&](How how, std::size_t n) {
+    everywhere([&](When when, std::size_t n) {
         const std::filesystem::path file = folder / "cell.xml";
         bool hasFailed;
-        const bool isDone = getsBy(how, n, hasFailed, [&] { const host::LiveStation live(file); });
+        const bool isDone = getsBy(when, n, hasFailed, [&] { const host::LiveStation live(file); });
         expectLockIsFree();
         std::size_t components = 0;
         for (const auto& [id, object] : sdf::SdfManager::inst()->objects())
@@ -291,14 +291,14 @@ TEST_F(StartingWithoutMemory, TheHostSaysThatMemoryEndedAndRemovesWhatItMade) {
 TEST(RegisteringWithoutMemory, KnowsATypeWholeOrNotAtAll) {
     static std::deque<std::string> names;  // live as long as the process
     std::size_t points = 0;
-    for (const How how : {How::Once, How::FromThenOn})
+    for (const When when : {When::Once, When::FromThenOn})
         for (std::size_t n = 1;; ++n, ++points) {
             const std::string& name = names.emplace_back("type " + std::to_string(names.size()));
             const auto element = sdf::Element::Create("smart_component");
             element->setId(100);
             element->touch("type")->setValue(name);
             bool hasFailed;
-            if (!getsBy(how, n, hasFailed, [&] { registerType<Bare>(name); })) {
+            if (!getsBy(when, n, hasFailed, [&] { registerType<Bare>(name); })) {
                 expectThrow<std::out_of_range>(noKey, [&] { descFuncOf(name); });
                 expectThrow<std::out_of_range>(noKey, [&] { smartcomp::Create(element); });
                 registerType<Bare>(name);

@@ -19,7 +19,6 @@ constexpr unsigned fresh = Scene::newId;
 constexpr unsigned robot = Scene::robotId;
 
 const std::string longName = "a component with a name that is rather long";
-const std::string longText = "another text that does not fit into a string itself either";
 const std::optional position(std::pair(5, 6));
 
 // The elements that a failed attempt has appended.

@@ -407,7 +407,7 @@ std::vector<Case> cases() {
     return all;
 }
 
-std::string nameOfTest(const testing::TestParamInfo<Case>& info) {
+std::string nameOfCase(const testing::TestParamInfo<Case>& info) {
     constexpr const char* shapes[] = {"Chain", "Tree", "Nested"};
     constexpr const char* paths[] = {"Dynamic", "Static", "Property"};
     constexpr const char* places[] = {"Type",       "Input",    "Output",
@@ -416,7 +416,7 @@ std::string nameOfTest(const testing::TestParamInfo<Case>& info) {
            paths[static_cast<int>(info.param.path)] + places[static_cast<int>(info.param.place)];
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryHop, ThrowingCallees, testing::ValuesIn(cases()), nameOfTest);
+INSTANTIATE_TEST_SUITE_P(EveryHop, ThrowingCallees, testing::ValuesIn(cases()), nameOfCase);
 
 }  // namespace
 }  // namespace trel::test

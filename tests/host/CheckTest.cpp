@@ -14,6 +14,7 @@
 #include "host/FaultKinds.h"
 #include "tests/host/Program.h"
 #include "tests/host/Row.h"
+#include "tests/host/TestLibrary.h"
 
 namespace trel::test {
 
@@ -24,8 +25,6 @@ using host::Severity;
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-
-const std::string odd = std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so";
 
 std::filesystem::path faultFile(const std::string& code) {
     return sourceFolder() / "tests/files/faults" / (code + ".xml");
@@ -72,8 +71,9 @@ protected:
     // What check says of a station with these, a line each, without the folder.
     std::vector<std::string> check(const std::string& components,
                                    const std::string& connections = "") const {
-        const Result result = station(
-            {"check", write("s.xml", stationText(components, connections)), "--components", odd});
+        const Result result =
+            station({"check", write("s.xml", stationText(components, connections)), "--components",
+                     library("Odd")});
         auto all = lines(withoutFolders(result.out, folder()));
         all.pop_back();
         return all;
@@ -102,7 +102,7 @@ TEST(FaultFiles, EachHasItsOwnFaultAloneWithItsPlaceAndText) {
     for (const auto& kind : faultKinds) {
         const std::string code(kind.code);
         const auto file = faultFile(code);
-        const Result result = station({"check", file.string(), "--components", odd});
+        const Result result = station({"check", file.string(), "--components", library("Odd")});
         const bool isError = kind.severity == Severity::Error;
         EXPECT_EQ(withoutFolders(result.out, file.parent_path()),
                   expected.at(code) +
@@ -117,7 +117,8 @@ TEST(FaultFiles, WarningsCountWhereTheCheckIsStrict) {
     for (const auto& kind : faultKinds) {
         if (kind.severity == Severity::Error) continue;
         const std::string file = faultFile(std::string(kind.code)).string();
-        EXPECT_EQ(station({"check", "--strict", file, "--components", odd}).code, 2) << file;
+        EXPECT_EQ(station({"check", "--strict", file, "--components", library("Odd")}).code, 2)
+            << file;
     }
 }
 
@@ -128,7 +129,8 @@ TEST(FaultFiles, AreRefusedByARunInTheSameWords) {
         const std::string code(kind.code);
         if (code == "type-crashes") continue;  // the run's process is the one that ends
         const auto file = faultFile(code);
-        const Result result = station({"run", file.string(), "--until", "0s", "--components", odd});
+        const Result result =
+            station({"run", file.string(), "--until", "0s", "--components", library("Odd")});
         if (kind.severity == Severity::Error) {
             EXPECT_EQ(withoutFolders(result.err, file.parent_path()), expected.at(code) + "\n");
             EXPECT_EQ(result.code, 2);

@@ -10,6 +10,7 @@
 
 #include "tests/host/Program.h"
 #include "tests/host/StationFile.h"
+#include "tests/host/TestLibrary.h"
 
 // A component that throws is set aside, and the others go on as if it had fallen silent
 // there.
@@ -167,8 +168,7 @@ protected:
     Result play(int failsAt, std::vector<std::string> options = {}) const {
         options.insert(options.begin(),
                        {"run", write("s.xml", stationThatFails(failsAt)), "--scenario",
-                        path("s.yaml"), "--csv", path("run.csv"), "--components",
-                        std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so"});
+                        path("s.yaml"), "--csv", path("run.csv"), "--components", library("Odd")});
         return station(options);
     }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/host/Program.h"
+#include "tests/host/TestLibrary.h"
 
 namespace trel::test {
 
@@ -262,13 +263,12 @@ TEST_F(Editing, ARenamedObjectKeepsItsWiring) {
 }
 
 TEST_F(Editing, AComponentThatFailsLeavesTheFile) {
-    const std::string odd = std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so";
     const std::string text =
         stationText("  <smart_component id=\"10\" name=\"A\">\n    <type string=\"Touchy\" />\n"
                     "    <parent uint=\"2\" />\n    <property id=\"11\" name=\"P\" string=\"1\">\n"
                     "      <type string=\"Int32\" />\n    </property>\n  </smart_component>\n");
     const std::string touchy = write("touchy.xml", text);
-    const Result result = station({"set", touchy, "A.P", "2", "--components", odd});
+    const Result result = station({"set", touchy, "A.P", "2", "--components", library("Odd")});
     EXPECT_EQ(result.code, 4);
     EXPECT_EQ(result.err, "the edit made a component fail: does not like it; the fault is in its "
                           "type, and nothing is saved\n");

@@ -4,6 +4,7 @@
 
 #include "tests/host/Program.h"
 #include "tests/host/StationFile.h"
+#include "tests/host/TestLibrary.h"
 
 namespace trel::test {
 
@@ -18,8 +19,7 @@ protected:
                        std::vector<std::string> options = {}) const {
         options.insert(options.begin(),
                        {"run", write("s.xml", file.text()), "--scenario", write("s.yaml", scenario),
-                        "--junit", path("run.xml"), "--components",
-                        std::string(TEST_LIBRARIES) + "/libstation_test_Odd.so"});
+                        "--junit", path("run.xml"), "--components", library("Odd")});
         station(options);
         const Result check =
             stationAt("/usr/bin/xmllint",

@@ -6,6 +6,7 @@
 
 #include "smartcomp/TypeLibrary.h"
 #include "tests/host/Program.h"
+#include "tests/host/TestLibrary.h"
 
 namespace trel::test {
 
@@ -13,10 +14,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
-
-std::string library(const std::string& name) {
-    return std::string(TEST_LIBRARIES) + "/libstation_test_" + name + ".so";
-}
 
 // A buffer "A" with the id 11, and a component "Odd" with the id 10 of a type.
 std::string twoText(const std::string& oddType) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/host/Program.h"
+#include "tests/host/TestLibrary.h"
 
 namespace trel::test {
 
@@ -18,10 +19,6 @@ using ::testing::AnyOf;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
-
-std::string library(const std::string& name) {
-    return std::string(TEST_LIBRARIES) + "/libstation_test_" + name + ".so";
-}
 
 class TypeLibraries : public FolderTest {
 protected:

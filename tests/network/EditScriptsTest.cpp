@@ -63,7 +63,7 @@ bool canHappen(Place place, WalkKind walk) {
     }
 }
 
-constexpr std::array<const char*, static_cast<std::size_t>(EditRule::Count)> ruleNames = {
+constexpr std::array<const char*, static_cast<std::size_t>(EditRule::Count)> namesOfEditRules = {
     "what was deleted and not yet reached gets nothing",
     "what begins elsewhere by now gets nothing",
     "what begins here by now is served",
@@ -98,9 +98,9 @@ TEST_F(EditScripts, DoWhatTheModelDoes) {
                 EXPECT_GT(edits(k, p, w), 0u) << "never reached: " << nameOf(k) << ", in a "
                                               << nameOf(p) << ", on " << nameOf(w);
             }
-    for (std::size_t rule = 0; rule != ruleNames.size(); ++rule) {
-        EXPECT_GT(model_.met[rule], 0u) << "never met: " << ruleNames[rule];
-        std::cout << "  " << model_.met[rule] << " times " << ruleNames[rule] << "\n";
+    for (std::size_t rule = 0; rule != namesOfEditRules.size(); ++rule) {
+        EXPECT_GT(model_.met[rule], 0u) << "never met: " << namesOfEditRules[rule];
+        std::cout << "  " << model_.met[rule] << " times " << namesOfEditRules[rule] << "\n";
     }
     RecordProperty("edits", std::to_string(all));
     std::cout << scripts() << " scripts, " << all << " edits in the middle of a delivery, at least "

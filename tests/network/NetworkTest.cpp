@@ -9,7 +9,7 @@
 namespace network {
 namespace {
 
-constexpr std::array<const char*, static_cast<std::size_t>(Rule::Count)> ruleNames = {
+constexpr std::array<const char*, static_cast<std::size_t>(Rule::Count)> namesOfRules = {
     "an auto-reset output sends a static pulse",
     "an auto-reset output sends a dynamic pulse",
     "a static value comes back round a ring",
@@ -50,8 +50,8 @@ void driveStations(unsigned first, unsigned count, unsigned settings) {
             ASSERT_EQ(difference, "") << "seed " << seed << ", setting " << i;
         }
     }
-    for (std::size_t rule = 0; rule != ruleNames.size(); ++rule)
-        EXPECT_GT(model.reached[rule], 0u) << "never reached: " << ruleNames[rule];
+    for (std::size_t rule = 0; rule != namesOfRules.size(); ++rule)
+        EXPECT_GT(model.reached[rule], 0u) << "never reached: " << namesOfRules[rule];
 }
 
 TEST(RandomNetworks, DoWhatTheModelDoesUnderRandomSettings) { driveStations(1, 5'000, 40); }

@@ -22,8 +22,6 @@ using sdf::Element;
 using Kind = sdf::Element::Kind;
 using namespace trel::test;
 
-const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-
 Document fromText(std::string_view text) { return Document::fromText(text, "test.xml"); }
 
 std::string saved(std::string_view text) { return fromText(text).text(); }
@@ -90,10 +88,10 @@ TEST(DocumentForm, OfOneValueWrittenChangesAtMostTwoLines) {
 
 TEST(DocumentForm, OfAKeyAddedToAnElementWithoutChangesTwoLinesAtMost) {
     const Document document = fromText("<a><b int=\"1\" /></a>");
-    EXPECT_EQ(document.text(), head + "<a>\n  <b int=\"1\" />\n</a>\n");
+    EXPECT_EQ(document.text(), xmlHead + "<a>\n  <b int=\"1\" />\n</a>\n");
     document.root()->get("b")->touch("unit")->setValue(std::string("mm"));
     EXPECT_EQ(document.text(),
-              head + "<a>\n  <b int=\"1\">\n    <unit string=\"mm\" />\n  </b>\n</a>\n");
+              xmlHead + "<a>\n  <b int=\"1\">\n    <unit string=\"mm\" />\n  </b>\n</a>\n");
 }
 
 TEST(DocumentForm, IsGivenToForeignFilesAtTheirFirstSave) {
@@ -157,7 +155,7 @@ TEST(DocumentForm, PutsOtherAttributesAsKeysOfTextBehindTheKnownOnes) {
     const auto limit = document.root()->get("limit");
     EXPECT_EQ(limit->kind(), Kind::Attribute);
     EXPECT_EQ(std::any_cast<std::string>(limit->value()), "2.50");
-    EXPECT_EQ(document.text(), head + "<a id=\"3\" limit=\"2.50\" />\n");
+    EXPECT_EQ(document.text(), xmlHead + "<a id=\"3\" limit=\"2.50\" />\n");
 }
 
 TEST(DocumentForm, WritesAnAttributeThatHoldsNoTextAsAKey) {
@@ -167,9 +165,9 @@ TEST(DocumentForm, WritesAnAttributeThatHoldsNoTextAsAKey) {
     document.root()->addAttribute("double", "string", "a reserved name");
     document.root()->addAttribute("name", "string", "another");
     const std::string text = document.text();
-    EXPECT_EQ(text, head + "<a kept=\"1\">\n  <typed double=\"2.5\" />\n  <empty />\n"
-                           "  <double string=\"a reserved name\" />\n"
-                           "  <name string=\"another\" />\n</a>\n");
+    EXPECT_EQ(text, xmlHead + "<a kept=\"1\">\n  <typed double=\"2.5\" />\n  <empty />\n"
+                              "  <double string=\"a reserved name\" />\n"
+                              "  <name string=\"another\" />\n</a>\n");
     EXPECT_EQ(saved(text), text);
 }
 
@@ -177,7 +175,7 @@ TEST(DocumentForm, WritesAnAttributeThatHasKeysAsAKey) {
     const Document document = fromText("<a b='1'/>");
     document.root()->get("b")->touch("unit")->setValue(std::string("mm"));
     EXPECT_EQ(document.text(),
-              head + "<a>\n  <b string=\"1\">\n    <unit string=\"mm\" />\n  </b>\n</a>\n");
+              xmlHead + "<a>\n  <b string=\"1\">\n    <unit string=\"mm\" />\n  </b>\n</a>\n");
 }
 
 TEST(DocumentForm, KeepsEveryCharacterOfAValue) {
@@ -199,13 +197,13 @@ TEST(DocumentForm, KeepsEveryCharacterOfAValue) {
 
 TEST(DocumentForm, AddsNoBlanksToText) {
     const std::string line = "<p>one <b>two <i>three</i></b><c><d /></c> <e>\n</e></p>\n";
-    EXPECT_EQ(saved(line), head + line);
+    EXPECT_EQ(saved(line), xmlHead + line);
 }
 
 TEST(DocumentForm, DropsBlanksThatAreLayoutAndKeepsThoseThatAreWritten) {
-    EXPECT_EQ(saved("<a> \n <b/>\t</a>"), head + "<a>\n  <b />\n</a>\n");
-    EXPECT_EQ(saved("<a> &#32;<b/>\t</a>"), head + "<a>&#32;&#32;<b />&#9;</a>\n");
-    EXPECT_EQ(saved("<a><![CDATA[ ]]></a>"), head + "<a>&#32;</a>\n");
+    EXPECT_EQ(saved("<a> \n <b/>\t</a>"), xmlHead + "<a>\n  <b />\n</a>\n");
+    EXPECT_EQ(saved("<a> &#32;<b/>\t</a>"), xmlHead + "<a>&#32;&#32;<b />&#9;</a>\n");
+    EXPECT_EQ(saved("<a><![CDATA[ ]]></a>"), xmlHead + "<a>&#32;</a>\n");
 }
 
 TEST(DocumentForm, LeavesOutWhatItIsTold) {
@@ -213,10 +211,10 @@ TEST(DocumentForm, LeavesOutWhatItIsTold) {
     const auto without = [&](std::string_view tag) {
         return document.text([tag](const Element& e) { return e.tag() == tag; });
     };
-    EXPECT_EQ(without("d"), head + "<a>\n  <b>\n    <c />\n  </b>\n</a>\n");
-    EXPECT_EQ(without("b"), head + "<a>\n  <d />\n</a>\n");
+    EXPECT_EQ(without("d"), xmlHead + "<a>\n  <b>\n    <c />\n  </b>\n</a>\n");
+    EXPECT_EQ(without("b"), xmlHead + "<a>\n  <d />\n</a>\n");
     EXPECT_EQ(document.text([](const Element& e) { return e.tag() == "b" || e.tag() == "d"; }),
-              head + "<a />\n");
+              xmlHead + "<a />\n");
 }
 
 TEST(DocumentForm, NeedsARoot) {

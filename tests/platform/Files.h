@@ -13,6 +13,9 @@
 
 namespace trel::test {
 
+/// The line with which each document of ours begins.
+inline const std::string xmlHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
 inline std::filesystem::path testFiles() { return TREL_TEST_FILES; }
 
 inline std::vector<std::filesystem::path> xmlFilesIn(const std::filesystem::path& folder) {

@@ -23,8 +23,6 @@ using trel::GetStationLogicElem;
 using trel::Station;
 using namespace trel::test;
 
-const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-
 Station& station() { return Station::inst(); }
 
 void open(const std::string& text) { station().openText(text, "cell.xml"); }
@@ -165,7 +163,7 @@ TEST(Station, KeepsTheLogicElementThatWasTakenOut) {
     const auto logic = GetStationLogicElem();
     logic->removeFromParent();
     EXPECT_EQ(GetStationLogicElem(), logic);
-    EXPECT_EQ(station().text(), head + "<station id=\"1\" name=\"Station\" />\n");
+    EXPECT_EQ(station().text(), xmlHead + "<station id=\"1\" name=\"Station\" />\n");
 }
 
 // A connection that was deleted leaves its element behind.
@@ -177,7 +175,7 @@ protected:
         return GetStationElem()->children("smart_component")[1];
     }
 
-    const std::string text_ = head + R"(<station id="1">
+    const std::string text_ = xmlHead + R"(<station id="1">
   <smart_component id="2" name="Logic">
     <type string="StationLogic" />
   </smart_component>

@@ -46,10 +46,10 @@ constexpr bool isLean = true;
 constexpr bool isLean = false;  // frames of such a build are not what they cost released
 #endif
 
-constexpr unsigned cellId = 10;
-constexpr unsigned firstId = 100;
+constexpr unsigned parentId = 10;
+constexpr unsigned firstRelay = 100;
 constexpr unsigned hops = 10'000;
-constexpr unsigned lastId = firstId + hops;
+constexpr unsigned lastRelay = firstRelay + hops;
 
 // Stores what reaches its input 1, tells of it and hands it on to its output 2;
 // a text it only hands on.
@@ -104,8 +104,8 @@ private:
         note(componentId, static_cast<char*>(__builtin_frame_address(0)));
     }
     void note(unsigned componentId, char* place) {
-        if (componentId == firstId) first_ = place;
-        if (componentId == lastId) last_ = place;
+        if (componentId == firstRelay) first_ = place;
+        if (componentId == lastRelay) last_ = place;
     }
 
     char* first_ = nullptr;
@@ -158,14 +158,14 @@ protected:
 
     // The relays, in one cell, with connections or bindings from member to member.
     static void chainRelays(unsigned from, unsigned to, bool bindings) {
-        Draft cell("Box", cellId, "Cell");
+        Draft cell("Box", parentId, "Cell");
         for (unsigned i = 0; i != hops; ++i)
-            cell.connection(1 + i, {firstId + i, from}, {firstId + i + 1, to},
+            cell.connection(1 + i, {firstRelay + i, from}, {firstRelay + i + 1, to},
                             bindings ? std::nullopt : std::optional(i));
         cell.make<Box>();
-        for (unsigned id = firstId; id <= lastId; ++id)
+        for (unsigned id = firstRelay; id <= lastRelay; ++id)
             Draft("Relay", id, "R")
-                .in(cellId)
+                .in(parentId)
                 .property(1, "P", "String", std::string("old"))
                 .signal(1, "In", "DigitalInput")
                 .signal(2, "Out", "DigitalOutput")
@@ -173,11 +173,11 @@ protected:
     }
 
     static void nestGroups() {
-        for (unsigned id = firstId; id <= lastId; ++id) {
+        for (unsigned id = firstRelay; id <= lastRelay; ++id) {
             Draft group("Box", id, "G");
-            if (id != firstId) group.in(id - 1);
+            if (id != firstRelay) group.in(id - 1);
             group.signal(1, "In", "DigitalInput");
-            if (id != lastId) group.connection(1, {id, 1}, {id + 1, 1}, 0u);
+            if (id != lastRelay) group.connection(1, {id, 1}, {id + 1, 1}, 0u);
             group.make<Box>();
         }
     }
@@ -200,47 +200,47 @@ protected:
 
 TEST_F(DepthOfChains, ADynamicValuePassesTenThousandHops) {
     chainRelays(2, 1, false);
-    measure("dynamic", [] { at(firstId).handleSignalValue(1, 7, 5); });
-    EXPECT_EQ(signalOf(at(lastId), 2).getValue(), SignalValue(7));
-    EXPECT_EQ(documentValue(at(lastId), 2), "int 7");
+    measure("dynamic", [] { at(firstRelay).handleSignalValue(1, 7, 5); });
+    EXPECT_EQ(signalOf(at(lastRelay), 2).getValue(), SignalValue(7));
+    EXPECT_EQ(documentValue(at(lastRelay), 2), "int 7");
 }
 
 TEST_F(DepthOfChains, AStaticValuePassesTenThousandHops) {
     chainRelays(2, 1, false);
-    measure("static", [] { at(firstId).setStaticSignalValue(1, 7); });
-    EXPECT_EQ(signalOf(at(lastId), 2).getValue(), SignalValue(7));
-    EXPECT_EQ(documentValue(at(lastId), 2), "int 7");
+    measure("static", [] { at(firstRelay).setStaticSignalValue(1, 7); });
+    EXPECT_EQ(signalOf(at(lastRelay), 2).getValue(), SignalValue(7));
+    EXPECT_EQ(documentValue(at(lastRelay), 2), "int 7");
 }
 
 TEST_F(DepthOfChains, ATextPassesTenThousandHops) {
     chainRelays(1, 1, true);
-    measure("property", [] { at(firstId).setPropertyValue(1, "new"); });
-    EXPECT_EQ(at(lastId).getProperty(1)->value(), "new");
-    EXPECT_EQ(elementOf(at(lastId), "property", 1)->getStringFromValue(), "new");
+    measure("property", [] { at(firstRelay).setPropertyValue(1, "new"); });
+    EXPECT_EQ(at(lastRelay).getProperty(1)->value(), "new");
+    EXPECT_EQ(elementOf(at(lastRelay), "property", 1)->getStringFromValue(), "new");
 }
 
 TEST_F(DepthOfChains, ADynamicValuePassesTenThousandGroupsInGroups) {
     nestGroups();
-    measure("nested, dynamic", [] { at(firstId).handleSignalValue(1, 7, 5); });
-    EXPECT_EQ(documentValue(at(lastId), 1), "int 7");
+    measure("nested, dynamic", [] { at(firstRelay).handleSignalValue(1, 7, 5); });
+    EXPECT_EQ(documentValue(at(lastRelay), 1), "int 7");
 }
 
 TEST_F(DepthOfChains, AStaticValuePassesTenThousandGroupsInGroups) {
     nestGroups();
-    measure("nested, static", [] { at(firstId).setStaticSignalValue(1, 7); });
-    EXPECT_EQ(documentValue(at(lastId), 1), "int 7");
+    measure("nested, static", [] { at(firstRelay).setStaticSignalValue(1, 7); });
+    EXPECT_EQ(documentValue(at(lastRelay), 1), "int 7");
 }
 
 //   100.2 -> 101.2 -> 102.2 ...
 TEST_F(DepthOfChains, ARowOfOutputsTooLongForTheStackEndsInAnException) {
     chainRelays(2, 2, false);
-    expectOrderlyEnd(256 * kibi, [] { at(firstId).setStaticSignalValue(2, 7); });
-    EXPECT_EQ(documentValue(at(firstId), 2), "int 7");
-    EXPECT_EQ(documentValue(at(lastId), 2), "int 0");
+    expectOrderlyEnd(256 * kibi, [] { at(firstRelay).setStaticSignalValue(2, 7); });
+    EXPECT_EQ(documentValue(at(firstRelay), 2), "int 7");
+    EXPECT_EQ(documentValue(at(lastRelay), 2), "int 0");
 
-    for (unsigned id = firstId; id <= lastId; ++id) at(id).clearMarks();
-    onStackOf(stackForChains, [] { at(firstId).handleSignalValue(2, 8, 5); });
-    EXPECT_EQ(documentValue(at(lastId), 2), "int 8");
+    for (unsigned id = firstRelay; id <= lastRelay; ++id) at(id).clearMarks();
+    onStackOf(stackForChains, [] { at(firstRelay).handleSignalValue(2, 8, 5); });
+    EXPECT_EQ(documentValue(at(lastRelay), 2), "int 8");
 }
 
 // Recursion that nothing ends, on stacks of all sizes.
@@ -255,9 +255,9 @@ protected:
 //   a.1 <-> b.1, both with the bare operation
 TEST_P(EndlessRecursion, RoundAnUnframedRingOfBindingsEndsInAnException) {
     logic();
-    Box& cell = Draft("Box", cellId, "Cell").make<Box>();
+    Box& cell = Draft("Box", parentId, "Cell").make<Box>();
     const auto draft = [](unsigned id) {
-        return Draft("Plain", id, "C").in(cellId).property(1, "P", "String", std::string("old"));
+        return Draft("Plain", id, "C").in(parentId).property(1, "P", "String", std::string("old"));
     };
     Plain& a = draft(11).make<Plain>();
     Plain& b = draft(12).make<Plain>();
@@ -276,8 +276,8 @@ TEST_P(EndlessRecursion, RoundAnUnframedRingOfBindingsEndsInAnException) {
 //   Cell.1 -> Cell.1
 TEST_P(EndlessRecursion, OfAnInputWiredToItselfEndsInAnException) {
     logic();
-    Box& cell = Draft("Box", cellId, "Cell").signal(1, "In", "DigitalInput").make<Box>();
-    const unsigned ring = connect(cell, {cellId, 1}, {cellId, 1});
+    Box& cell = Draft("Box", parentId, "Cell").signal(1, "In", "DigitalInput").make<Box>();
+    const unsigned ring = connect(cell, {parentId, 1}, {parentId, 1});
 
     expectOrderlyEnd([&] { cell.handleSignalValue(1, 1, 5); });
     EXPECT_EQ(documentValue(cell, 1), "int 1");

@@ -19,10 +19,10 @@ std::size_t slotOf(Member member) {
     return (word - 1) / sizeof(void*);
 }
 
-/// Expects that these slots follow each other.
-inline void expectConsecutive(const std::vector<std::size_t>& slots) {
-    for (std::size_t i = 1; i < slots.size(); ++i)
-        EXPECT_EQ(slots[i], slots[i - 1] + 1) << "at place " << i;
+/// Expects that these places follow each other.
+inline void expectConsecutive(const std::vector<std::size_t>& places) {
+    for (std::size_t i = 1; i < places.size(); ++i)
+        EXPECT_EQ(places[i], places[i - 1] + 1) << "the one at " << i;
 }
 
 }  // namespace trel::test
