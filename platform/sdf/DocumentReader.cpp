@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "platform/sdf/DocumentCheck.h"
+#include "platform/sdf/Pages.h"
 #include "platform/sdf/ValueText.h"
 #include "platform/sdf/XmlText.h"
 
@@ -83,7 +84,7 @@ private:
                                   std::size_t offset);
     template <typename Reading>
     void tolerantly(const std::shared_ptr<Element>& e, const Reading& reading) const;
-    std::shared_ptr<Element> placed(std::shared_ptr<Element> e, std::size_t offset);
+    std::shared_ptr<Element> made(Kind kind, std::string_view tag, std::size_t offset);
 
     bool hasText(const xml_node& node) const;
     std::size_t startOf(const xml_node& node) const;
@@ -96,6 +97,7 @@ private:
     std::string_view text_;
     std::string parsed_;  // the parser writes into it
     PlaceFinder places_;
+    Pages pages_;
     bool hasText_;
     const OnValueFault& onFault_;
 };
@@ -120,7 +122,7 @@ DocumentParts DocumentReader::parts() {
 
 std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insideText) {
     const char* const tag = node.name();
-    auto e = placed(Element::Make(Kind::Element, tag), startOf(node));
+    auto e = made(Kind::Element, tag, startOf(node));
     for (auto each = node.first_attribute(); each; each = each.next_attribute())
         tolerantly(e, [&] { attribute(each, *e); });
     children(node, e, insideText || (hasText_ && hasText(node)));
@@ -130,7 +132,7 @@ std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insi
 void DocumentReader::attribute(const xml_attribute& attribute, Element& e) {
     const std::string_view name = attribute.name();
     if (name == "id") {
-        e.setId(idOf(attribute.value(), offsetOf(attribute.value())));
+        e.id_ = idOf(attribute.value(), offsetOf(attribute.value()));
     } else if (name == "name") {
         e.setName(attribute.value());
     } else if (valuetext::isTypeName(name)) {
@@ -220,13 +222,15 @@ std::shared_ptr<Element> DocumentReader::note(const xml_node& node) {
 
 std::shared_ptr<Element> DocumentReader::note(Kind kind, std::string_view tag,
                                               std::string_view text, std::size_t offset) {
-    auto note = placed(Element::Make(kind, tag), offset);
+    auto note = made(kind, tag, offset);
     note->attr_.set(std::string(text));
     return note;
 }
 
-std::shared_ptr<Element> DocumentReader::placed(std::shared_ptr<Element> e, std::size_t offset) {
-    e->setPlace(places_.placeOf(offset));
+std::shared_ptr<Element> DocumentReader::made(Kind kind, std::string_view tag, std::size_t offset) {
+    auto e =
+        std::allocate_shared<Element>(PageAllocator<Element>(pages_), Element::Key{}, kind, tag);
+    e->place_ = places_.placeOf(offset);
     return e;
 }
 
