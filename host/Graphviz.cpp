@@ -12,8 +12,6 @@
 
 #include "host/Failure.h"
 
-extern char** environ;
-
 namespace trel::host {
 
 namespace {

@@ -133,7 +133,7 @@ std::string pathOf(unsigned objectId) {
     for (unsigned names = 0; names != mostNames; ++names) {
         const sdf::SdfObject* const object = objectOf(objectId);
         if (!object) break;
-        path = quoted(object->name()) + path;
+        path.insert(0, quoted(object->name()));
         const auto* const component = dynamic_cast<const SmartComponent*>(object);
         if (!component || component->isStationLogic() || component->isTopLevel()) return path;
         objectId = component->getObjParentId();

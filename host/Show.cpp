@@ -40,8 +40,8 @@ public:
 private:
     template <typename... Parts>
     void line(unsigned depth, fmt::format_string<Parts...> form, Parts&&... parts) {
-        constexpr unsigned widest = 64;  // what stands deeper begins in this column
-        text_.append(2 * std::min(depth, widest), ' ');
+        constexpr std::size_t widest = 64;  // what stands deeper begins in this column
+        text_.append(2 * std::min<std::size_t>(depth, widest), ' ');
         fmt::format_to(std::back_inserter(text_), form, std::forward<Parts>(parts)...);
         text_ += '\n';
     }

@@ -10,10 +10,9 @@
 namespace trel::host {
 
 std::optional<Member> memberOf(const sdf::Element& element) {
-    std::shared_ptr<sdf::Element> parent = element.parent();
-    const sdf::Element* holder = &element;
+    const std::shared_ptr<sdf::Element> parent = element.parent();
     if (parent && element.tag() == "value") {
-        holder = parent.get();
+        const sdf::Element* const holder = parent.get();
         const auto owner = parent->parent();
         if (holder->tag() == "signal" && owner)
             return Member{owner->getId(true), Member::Kind::Signal, holder->getId(true)};
@@ -96,12 +95,12 @@ void Trace::reportEvent(const std::string& code, const std::string& text1, const
     for (TraceSink* const sink : sinks_) sink->reported(event);
 }
 
-void Trace::tell(const Member& member, std::string text, std::optional<SignalValue> number) {
+void Trace::tell(const Member& member, std::string shown, std::optional<SignalValue> number) {
     std::string& known = known_[member];
-    if (known == text) return;
-    known = text;
+    if (known == shown) return;
+    known = shown;
     ++count_;
-    const Change change{time_, member, std::move(text), number, forced_.contains(member)};
+    const Change change{time_, member, std::move(shown), number, forced_.contains(member)};
     for (TraceSink* const sink : sinks_) sink->changed(change);
 }
 

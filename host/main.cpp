@@ -15,6 +15,7 @@ int codeOf(ExitCode code) { return static_cast<int>(code); }
 
 }  // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): before the command line is read, only memory can end
 int main(int argc, char** argv) {
     CLI::App app(
         "A host for robot-cell stations.\n"
