@@ -84,6 +84,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   install(FILES cmake/copyright ${PROJECT_BINARY_DIR}/changelog.gz ${PROJECT_BINARY_DIR}/NEWS.gz
           DESTINATION share/doc/${${component}} COMPONENT ${component})
 endforeach()
+install(DIRECTORY docs DESTINATION share/doc/${development} COMPONENT development)
 install(DIRECTORY examples/pick_and_place DESTINATION share/doc/${host}/examples COMPONENT host)
 
 include(CPack)
