@@ -35,31 +35,27 @@ struct TextHash : std::hash<std::string_view> {
 /// among themselves, in document order.
 class Element::TagIndex {
 public:
-    void makeRoomFor(const Element& child) {
-        byTag_.try_emplace(std::string(child.tag()));
-        alike_.try_emplace(&child);
-    }
+    void makeRoomFor(std::string_view tag) { byTag_.try_emplace(std::string(tag)); }
 
-    // There is room for it.
-    void add(Element& child, Element* next) noexcept {
-        Ends& ends = endsOf(child);
-        Element* const prev = next ? of(*next).prev : ends.last;
-        of(child) = {prev, next};
-        (prev ? of(*prev).next : ends.first) = &child;
-        (next ? of(*next).prev : ends.last) = &child;
+    // There is room for its tag.
+    void add(Element& child, Element* nextAlike) noexcept {
+        Ends& ends = byTag_.find(child.tag())->second;
+        child.nextAlike_ = nextAlike;
+        child.prevAlike_ = nextAlike ? nextAlike->prevAlike_ : ends.last;
+        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = &child;
+        (nextAlike ? nextAlike->prevAlike_ : ends.last) = &child;
     }
 
     // Its room stays.
     void remove(Element& child) noexcept {
-        Ends& ends = endsOf(child);
-        const auto [prev, next] = std::exchange(of(child), {});
-        (prev ? of(*prev).next : ends.first) = next;
-        (next ? of(*next).prev : ends.last) = prev;
+        Ends& ends = byTag_.find(child.tag())->second;
+        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = child.nextAlike_;
+        (child.nextAlike_ ? child.nextAlike_->prevAlike_ : ends.last) = child.prevAlike_;
+        child.prevAlike_ = child.nextAlike_ = nullptr;
     }
 
-    void dropRoomOf(const Element& child) noexcept {
-        alike_.erase(&child);
-        const auto entry = byTag_.find(child.tag());
+    void dropEmptyRoom(std::string_view tag) noexcept {
+        const auto entry = byTag_.find(tag);
         if (entry != byTag_.end() && !entry->second.first) byTag_.erase(entry);
     }
 
@@ -68,23 +64,12 @@ public:
         return entry == byTag_.end() ? nullptr : entry->second.first;
     }
 
-    Element* next(const Element& child) const { return alike_.find(&child)->second.next; }
-
 private:
     struct Ends {
         Element* first = nullptr;
         Element* last = nullptr;
     };
-    struct Neighbours {
-        Element* prev = nullptr;
-        Element* next = nullptr;
-    };
-
-    Ends& endsOf(const Element& child) { return byTag_.find(child.tag())->second; }
-    Neighbours& of(const Element& child) { return alike_.find(&child)->second; }
-
     std::unordered_map<std::string, Ends, TextHash, std::equal_to<>> byTag_;
-    std::unordered_map<const Element*, Neighbours> alike_;
 };
 
 std::shared_ptr<Element> Element::Make(Kind kind, std::string_view tag) {
@@ -121,7 +106,7 @@ Element::~Element() {
             last->next_ = std::move(child.first_);
             last = lastOfChild;
         }
-        child.parent_ = child.prev_ = nullptr;
+        child.parent_ = child.prev_ = child.nextAlike_ = child.prevAlike_ = nullptr;
         row = std::exchange(child.next_, nullptr);
     }
 }
@@ -175,7 +160,7 @@ inline Element* Element::find(std::string_view name) const {
 [[gnu::noinline]] Element* Element::findAnew(const Tag::Head& head, std::string_view name) const {
     if (index_) {
         Element* e = index_->first(name);
-        while (e && e->kind_ == Kind::Instruction) e = index_->next(*e);
+        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
         return e;
     }
     for (Element* e = first_.get(); e; e = e->next_.get())
@@ -197,7 +182,7 @@ std::shared_ptr<Element> Element::get(std::string_view name) {
 
 std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
     std::vector<std::shared_ptr<Element>> found;
-    for (Element* e = find(name); e; e = index_ ? index_->next(*e) : e->next_.get())
+    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_.get())
         if (e->kind_ == Kind::Element && e->tag() == name) found.push_back(owning(*e));
     return found;
 }
@@ -238,7 +223,7 @@ void Element::removeFromParent() noexcept {
     if (!parent_) return;
     Element& parent = *parent_;
     const auto self = parent.unlink(*this);
-    if (parent.index_) parent.index_->dropRoomOf(*this);
+    if (parent.index_) parent.index_->dropEmptyRoom(tag());
 }
 
 void Element::moveBefore(Element& child, const Element* next) noexcept {
@@ -256,11 +241,11 @@ void Element::appendNew(std::shared_ptr<Element> child) {
 void Element::makeRoomFor(const Element& child) {
     if (!index_ && childCount_ >= fewChildren) {
         auto index = std::make_unique<TagIndex>();
-        for (Element* c = first_.get(); c; c = c->next_.get()) index->makeRoomFor(*c);
+        for (Element* c = first_.get(); c; c = c->next_.get()) index->makeRoomFor(c->tag());
         for (Element* c = first_.get(); c; c = c->next_.get()) index->add(*c, nullptr);
         index_ = std::move(index);
     }
-    if (index_) index_->makeRoomFor(child);
+    if (index_) index_->makeRoomFor(child.tag());
 }
 
 void Element::insertBefore(std::shared_ptr<Element> child, Element* next) noexcept {

@@ -217,6 +217,8 @@ private:
 
     std::unique_ptr<const std::string> name_;
     std::unique_ptr<TagIndex> index_;  // once there are many children
+    Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
+    Element* prevAlike_ = nullptr;
     Place place_;
     unsigned id_ = 0;
     unsigned mirrors_ = 0;
