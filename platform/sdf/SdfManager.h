@@ -46,7 +46,7 @@ public:
     std::shared_mutex& mutex() { return mutex_; }
 
 private:
-    SdfManager() { objects_.max_load_factor(0.5F); }
+    SdfManager() = default;
 
     Table objects_;
     std::shared_mutex mutex_;
