@@ -161,9 +161,14 @@ private:
     Aggregation(const Aggregation& other, Shared&& shared);
 
     void beforeEdit();
+    // Null where none is made yet, or may be kept.
+    const Wiring* madeWiring(Served served) const {
+        if (wired_.isCopy) return nullptr;
+        return (served == Served::Connections ? wired_.connections : wired_.bindings).get();
+    }
     const Wiring* wiring(Served served) {
-        const auto& made = served == Served::Connections ? wired_.connections : wired_.bindings;
-        return made && !wired_.isCopy ? made.get() : makeWiring(served);
+        const Wiring* const made = madeWiring(served);
+        return made ? made : makeWiring(served);
     }
     const Wiring* makeWiring(Served served);
     std::vector<const Connection*> inOrderOfService(Served served) const;

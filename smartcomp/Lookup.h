@@ -98,12 +98,12 @@ public:
     }
 
 private:
-    // Both apart from the deliveries, which nest and have no stack to spare.
-    [[gnu::noinline]] static sdf::SdfManager* begin() {
+    [[gnu::always_inline]] static sdf::SdfManager* begin() {
         sdf::SdfManager* const manager = sdf::SdfManager::inst();
         manager->mutex().lock_shared();
         return manager;
     }
+    // Apart from the deliveries, which nest and have no stack to spare.
     [[gnu::noinline]] static sdf::SdfObject* objectIn(sdf::SdfManager& manager, unsigned id) {
         return at(manager.objects(), id);
     }

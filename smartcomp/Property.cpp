@@ -95,17 +95,32 @@ Property* Property::setUnit(const std::string& unit) {
 }
 
 Property* Property::setValue(const std::string& value) {
-    // A text is put back from its mirror, without a copy.
-    const std::any old = wasText_ ? std::any() : element()->value();
-    wasText_ = wasText_ || old.type() == typeid(std::string);
+    return wasText_ ? setText(value) : setOther(value);
+}
+
+// A text is put back from its mirror, without a copy.
+Property* Property::setText(const std::string& value) {
     element()->setValueFromString(value);
     try {
         readValue();
     } catch (...) {
-        if (wasText_)
-            element()->setValueFromString(value_);
-        else
-            element()->setValue(old);
+        element()->setValueFromString(value_);
+        throw;
+    }
+    return this;
+}
+
+[[gnu::noinline]] Property* Property::setOther(const std::string& value) {
+    const std::any old = element()->value();
+    if (old.type() == typeid(std::string)) {
+        wasText_ = true;
+        return setText(value);
+    }
+    element()->setValueFromString(value);
+    try {
+        readValue();
+    } catch (...) {
+        element()->setValue(old);
         throw;
     }
     return this;
@@ -113,11 +128,13 @@ Property* Property::setValue(const std::string& value) {
 
 // From the element, whatever it made of the text.
 void Property::readValue() {
-    if (const auto* const text = std::any_cast<std::string>(&element()->value()))
+    if (const auto* const text = std::any_cast<std::string>(&element()->value())) [[likely]]
         value_ = *text;
     else
-        value_ = element()->getStringFromValue();
+        readOther();
 }
+
+[[gnu::noinline]] void Property::readOther() { value_ = element()->getStringFromValue(); }
 
 Property* Property::setVisible(bool visible) {
     if (visible == visible_) return this;

@@ -95,7 +95,10 @@ private:
 
     explicit Property(std::shared_ptr<sdf::Element> element);
 
+    Property* setText(const std::string& value);
+    Property* setOther(const std::string& value);
     void readValue();
+    void readOther();
     std::string getDoubleDisplayValue(const std::string& value);
     static std::string getBoolDisplayValue(const std::string& value);
     static std::string getVector3DisplayValue(const std::string& value);

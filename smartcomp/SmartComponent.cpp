@@ -30,8 +30,13 @@ namespace {
 }
 
 [[gnu::noinline]] void deliverToController(sdf::SdfObject* controller, unsigned signalId,
-                                           const SignalValue& value, bool dynamic) {
-    as<ControllerInterface>(controller).setSignalValue(signalId, value, dynamic);
+                                           const SignalValue& value) {
+    as<ControllerInterface>(controller).setSignalValue(signalId, value, false);
+}
+
+[[gnu::noinline]] void deliverToController(sdf::SdfObject* controller, unsigned signalId,
+                                           int value) {
+    as<ControllerInterface>(controller).setSignalValue(signalId, value, true);
 }
 
 }  // namespace
@@ -157,11 +162,11 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
     if (&value != offered_ || !isHeld()) return setCopyOf(propertyId, value);
     const Removals::Since since;
-    if (!beginProperty(propertyId, value) || isStationLogic()) return;
+    Property* const source = beginProperty(propertyId, value);
+    if (!source || isStationLogic()) return;
     TableReading reading;
-    offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), propertyId, value);
-    if (isUser() && !since.property(id(), propertyId))
-        offerAlong(reading, as<Aggregation>(this), propertyId, value);
+    offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), *source, value);
+    if (isUser() && !since.property(id(), propertyId)) offerInwards(*source, value);
 }
 
 // Anybody's text may change on the way, and a property's own does.
@@ -172,15 +177,17 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
     SmartComponent::setPropertyValue(propertyId, text);
 }
 
-// Stores, marks and tells the text; false when it is not to be passed on. Apart from
+// Stores, marks and tells the text; null when it is not to be passed on. Apart from
 // the deliveries, which nest and have no stack to spare.
-[[gnu::noinline]] bool SmartComponent::beginProperty(unsigned propertyId, const std::string& text) {
-    if (isRemoved()) return false;
+[[gnu::noinline]] Property* SmartComponent::beginProperty(unsigned propertyId,
+                                                          const std::string& text) {
+    if (isRemoved()) return nullptr;
     const Removals::Since since;
-    getProperty(propertyId)->setValue(text);
+    Property* const property = getProperty(propertyId)->setValue(text);
     settingPropertyValues_.begin(propertyId, text);
     notifyPropertyValueChanged(propertyId);
-    return !since.property(id(), propertyId) && !since.component(getObjParentId());
+    const bool isGone = since.property(id(), propertyId) || since.component(getObjParentId());
+    return isGone ? nullptr : property;
 }
 
 bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
@@ -194,36 +201,42 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
 void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.end(id); }
 
 // Offers the text to every property that a binding of `owner` leads to.
-[[gnu::noinline]] void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
-                                                  unsigned id, const std::string& value) {
+[[gnu::always_inline]] inline void SmartComponent::offerAlong(
+    TableReading& reading, Aggregation& owner, Property& source, const std::string& value) {
     if (DeliveryObserver::present()) [[unlikely]]
-        return offerObserved(reading, owner, id, value);
-    Walk walk(owner, this->id(), *getProperty(id));
-    while (walk.next()) offerTo(reading, walk, id, value);
+        return offerObserved(reading, owner, source, value);
+    Walk walk(owner, id(), source, Walk::known(owner, source));
+    while (walk.next()) offerTo(reading, walk, source, value);
     reading.end();
 }
 
+// A user aggregation has bindings of its own.
+[[gnu::noinline]] void SmartComponent::offerInwards(Property& source, const std::string& value) {
+    TableReading reading;
+    offerAlong(reading, as<Aggregation>(this), source, value);
+}
+
 [[gnu::noinline]] void SmartComponent::offerObserved(TableReading& reading, Aggregation& owner,
-                                                     unsigned id, const std::string& value) {
-    Walk walk(owner, this->id(), *getProperty(id));
+                                                     Property& source, const std::string& value) {
+    Walk walk(owner, id(), source, Walk::known(owner, source));
     while (walk.next()) {
         if (!walk.announce(reading, {}, &value)) continue;
-        offerTo(reading, walk, id, value);
+        offerTo(reading, walk, source, value);
         walk.done({}, &value);
     }
     reading.end();
 }
 
 // Where the walk leads now.
-[[gnu::always_inline]] inline void SmartComponent::offerTo(TableReading& reading, Walk& walk,
-                                                           unsigned id, const std::string& value) {
+[[gnu::always_inline]] inline void SmartComponent::offerTo(
+    TableReading& reading, Walk& walk, const Property& source, const std::string& value) {
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
     const NestedHold hold(destination);
     Ahead& ahead = walk.hint().ahead;
     if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
         ahead = destination.aheadOfProperty();
     // Inwards no object type is asked for.
-    if (!walk.isOf(*this) && getProperty(id)->isObjectId() &&
+    if (!walk.isOf(*this) && source.isObjectId() &&
         refusesObject(destination, walk.member(), value))
         return;
     if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
@@ -305,11 +318,11 @@ bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) c
     return since.any() && (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
-[[gnu::noinline]] void SmartComponent::deliverStatic(sdf::SdfObject* destination, unsigned signalId,
-                                                     InputHint& hint, const SignalValue& value) {
+void SmartComponent::deliverStatic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                                   const SignalValue& value) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->setStatic(signalId, hint, value);
-    deliverToController(destination, signalId, value, false);
+    deliverToController(destination, signalId, value);
 }
 
 inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
@@ -335,7 +348,7 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
                                                               const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
-    if (signal.getValue() == value) return nullptr;
+    if (signal.SCSignal::getValue() == value) return nullptr;
     const Removals::Since since;
     signal.setValue(value);
     // An analog one, too, is the int 0 after its pulse.
@@ -383,11 +396,11 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
                  });
 }
 
-[[gnu::noinline]] void SmartComponent::deliverDynamic(
-    sdf::SdfObject* destination, unsigned signalId, InputHint& hint, int value, long long time) {
+void SmartComponent::deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                                    int value, long long time) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->handle(signalId, hint, value, time);
-    deliverToController(destination, signalId, value, true);
+    deliverToController(destination, signalId, value);
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
@@ -405,7 +418,7 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
 [[gnu::noinline]] SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
-    const int old = signal.getDigitalValue();
+    const int old = signal.SCSignal::getDigitalValue();
     if (old == value) return nullptr;
     const Removals::Since since;
     signal.setValue(value);

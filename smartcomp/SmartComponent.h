@@ -268,12 +268,14 @@ private:
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
     void setCopyOf(unsigned propertyId, const std::string& value);
-    bool beginProperty(unsigned propertyId, const std::string& text);
-    void offerAlong(TableReading& reading, Aggregation& owner, unsigned id,
+    Property* beginProperty(unsigned propertyId, const std::string& text);
+    void offerAlong(TableReading& reading, Aggregation& owner, Property& source,
                     const std::string& value);
-    void offerObserved(TableReading& reading, Aggregation& owner, unsigned id,
+    void offerInwards(Property& source, const std::string& value);
+    void offerObserved(TableReading& reading, Aggregation& owner, Property& source,
                        const std::string& value);
-    void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
+    void offerTo(TableReading& reading, Walk& walk, const Property& source,
+                 const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
     static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,

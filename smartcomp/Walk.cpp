@@ -5,6 +5,13 @@
 
 namespace trel::smartcomp {
 
+[[gnu::noinline]] void Walk::followAnew(RouteHint& hint) {
+    if (const Wiring* const wiring = owner().wiring(over_)) {
+        wiring->find(component_, member_, hint);
+        follow(*wiring, hint);
+    }
+}
+
 [[gnu::noinline]] bool Walk::nextClosely() {
     if (owner().isRemoved() || isGone(component_, member_)) return false;
     while (true) {

@@ -21,23 +21,40 @@ namespace trel::smartcomp {
 /// before.
 class Walk {
 public:
-    /// A walk along the connections that begin at a signal of a component.
-    Walk(Aggregation& owner, unsigned component, SCSignal& source)
-        : Walk(owner, Over::Connections, component, source.id(), source.routeHint_) {}
-
-    /// A walk along the bindings that begin at a property of a component.
-    Walk(Aggregation& owner, unsigned component, Property& source)
-        : Walk(owner, Over::Bindings, component, source.id(), source.routeHint_) {}
-
-    /// Whether the source is known to have no connections, as most have.
-    static bool meetsNobody(Aggregation& owner, const SCSignal& source) {
-        const auto& wiring = owner.wired_.connections;
-        return wiring && wiring->knowsNone(source.routeHint_) && !owner.wired_.isCopy;
+    /// The wiring of `owner` in which the routes of `source`, a signal or property, are
+    /// known; null where they have to be found first.
+    template <typename Source>
+    static const Wiring* known(const Aggregation& owner, const Source& source) {
+        const Wiring* const wiring = owner.madeWiring(servedFrom(source));
+        return wiring && wiring->knows(source.routeHint_) ? wiring : nullptr;
     }
 
-    ~Walk() {
+    /// Whether a source whose routes are known has none.
+    static bool leadsNowhere(const SCSignal& source) {
+        return source.routeHint_.first == source.routeHint_.end;
+    }
+
+    /// A walk along the connections that begin at a signal of a component, or along
+    /// the bindings that begin at a property of it. `wiring` is the known one.
+    template <typename Source>
+    [[gnu::always_inline]] Walk(Aggregation& owner, unsigned component, Source& source,
+                                const Wiring* wiring)
+        : hold_(owner),
+          outer_(owner.wired_.innermost),
+          component_(component),
+          member_(source.id()),
+          over_(servedFrom(source)) {
+        if (wiring) [[likely]]
+            follow(*wiring, source.routeHint_);
+        else
+            followAnew(source.routeHint_);
+        owner.wired_.innermost = this;
+    }
+
+    [[gnu::always_inline]] ~Walk() {
         owner().wired_.innermost = outer_;
-        if (in_ == In::Frozen) delete[] routes_;
+        if (in_ == In::Frozen) [[unlikely]]
+            delete[] routes_;
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
@@ -96,21 +113,14 @@ private:
         Frozen,  // what was yet to serve at the first edit, owned
     };
 
-    [[gnu::always_inline]] Walk(Aggregation& owner, Over over, unsigned component, unsigned member,
-                                RouteHint& hint)
-        : hold_(owner),
-          outer_(owner.wired_.innermost),
-          component_(component),
-          member_(member),
-          over_(over) {
-        if (const Wiring* const wiring = owner.wiring(over)) {
-            const RouteHint& routes = wiring->from(component, member, hint);
-            routes_ = wiring->routes() + routes.first;
-            end_ = routes.end - routes.first;
-            in_ = In::Routes;
-        }
-        owner.wired_.innermost = this;
+    static constexpr Over servedFrom(const SCSignal&) { return Over::Connections; }
+    static constexpr Over servedFrom(const Property&) { return Over::Bindings; }
+    void follow(const Wiring& wiring, const RouteHint& hint) {
+        routes_ = wiring.routes() + hint.first;
+        end_ = hint.end - hint.first;
+        in_ = In::Routes;
     }
+    void followAnew(RouteHint& hint);
     Aggregation& owner() const { return static_cast<Aggregation&>(hold_.component()); }
     bool nextClosely();
     DeliveryObserver::Delivery delivery(const SignalValue& value, const std::string* text) const;
@@ -137,7 +147,7 @@ template <typename Value, typename Deliver>
 [[gnu::noinline]] void deliverObserved(TableReading& reading, Aggregation& owner,
                                        unsigned component, SCSignal& source, const Value& value,
                                        Deliver deliver) {
-    Walk walk(owner, component, source);
+    Walk walk(owner, component, source, Walk::known(owner, source));
     const auto deliverOne = [&](const Value& one) {
         if (!walk.announce(reading, one)) return;
         deliver(reading.last(walk.component()), walk.member(), walk.hint(), one);
@@ -159,10 +169,12 @@ template <typename Value, typename Deliver>
                                                 unsigned component, SCSignal& source,
                                                 const Value& value, const Deliver& deliver) {
     static constexpr Value zero(0);
-    if (Walk::meetsNobody(owner, source)) return reading.end();
+    const Wiring* const wiring = Walk::known(owner, source);
+    // As most have.
+    if (wiring && Walk::leadsNowhere(source)) return reading.end();
     if (DeliveryObserver::present()) [[unlikely]]
         return deliverObserved(reading, owner, component, source, value, deliver);
-    Walk walk(owner, component, source);
+    Walk walk(owner, component, source, wiring);
     while (walk.next()) {
         deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);
         if (source.isAutoReset() && walk.reaches())

@@ -23,17 +23,12 @@ public:
 
     explicit Wiring(const std::vector<const Connection*>& connections);
 
-    /// Where the routes lie that begin at a signal or property of a component;
-    /// `hint` is that member's own.
-    const RouteHint& from(unsigned component, unsigned member, RouteHint& hint) const {
-        if (hint.wiring != number_) find(component, member, hint);
-        return hint;
-    }
+    /// Has `hint`, which is a member's own, tell where the routes lie that begin at that
+    /// member of the component.
+    void find(unsigned component, unsigned member, RouteHint& hint) const;
 
-    /// Whether a member is known to have no routes by its hint alone.
-    bool knowsNone(const RouteHint& hint) const {
-        return hint.wiring == number_ && hint.first == hint.end;
-    }
+    /// Whether a hint tells that already.
+    bool knows(const RouteHint& hint) const { return hint.wiring == number_; }
 
     const Route* routes() const { return routes_.data(); }
 
@@ -42,8 +37,6 @@ private:
         std::uint32_t first = 0;
         std::uint32_t end = 0;
     };
-
-    void find(unsigned component, unsigned member, RouteHint& hint) const;
 
     const std::uint64_t number_;
     std::unordered_map<Connection::End, Range> ranges_;

@@ -19,7 +19,6 @@ public:
         explicit Head(std::string_view text) : size(static_cast<std::uint32_t>(text.size())) {
             text.copy(reinterpret_cast<char*>(&bytes), sizeof bytes);
         }
-        bool operator==(const Head&) const = default;
 
         std::uint64_t bytes = 0;  // the first ones
         std::uint32_t size;
