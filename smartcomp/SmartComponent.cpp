@@ -29,13 +29,14 @@ namespace {
     SignalBroker::reportEvent(code, component.name(), member, value);
 }
 
-[[gnu::noinline]] void deliverToController(sdf::SdfObject* controller, unsigned signalId,
-                                           const SignalValue& value) {
+// Apart from the deliveries to components, which have no stack to spare either.
+[[gnu::noinline]] void deliverStaticToController(sdf::SdfObject* controller, unsigned signalId,
+                                                 const SignalValue& value) {
     as<ControllerInterface>(controller).setSignalValue(signalId, value, false);
 }
 
-[[gnu::noinline]] void deliverToController(sdf::SdfObject* controller, unsigned signalId,
-                                           int value) {
+[[gnu::noinline]] void deliverDynamicToController(sdf::SdfObject* controller, unsigned signalId,
+                                                  int value) {
     as<ControllerInterface>(controller).setSignalValue(signalId, value, true);
 }
 
@@ -206,7 +207,7 @@ void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.e
     if (DeliveryObserver::present()) [[unlikely]]
         return offerObserved(reading, owner, source, value);
     Walk walk(owner, id(), source, Walk::known(owner, source));
-    while (walk.next()) offerTo(reading, walk, source, value);
+    while (walk.next()) offerTo(reading, walk, source.id(), value);
     reading.end();
 }
 
@@ -221,22 +222,22 @@ void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.e
     Walk walk(owner, id(), source, Walk::known(owner, source));
     while (walk.next()) {
         if (!walk.announce(reading, {}, &value)) continue;
-        offerTo(reading, walk, source, value);
+        offerTo(reading, walk, source.id(), value);
         walk.done({}, &value);
     }
     reading.end();
 }
 
 // Where the walk leads now.
-[[gnu::always_inline]] inline void SmartComponent::offerTo(
-    TableReading& reading, Walk& walk, const Property& source, const std::string& value) {
+[[gnu::always_inline]] inline void SmartComponent::offerTo(TableReading& reading, Walk& walk,
+                                                           unsigned id, const std::string& value) {
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
     const NestedHold hold(destination);
     Ahead& ahead = walk.hint().ahead;
     if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
         ahead = destination.aheadOfProperty();
     // Inwards no object type is asked for.
-    if (!walk.isOf(*this) && source.isObjectId() &&
+    if (!walk.isOf(*this) && getProperty(id)->isObjectId() &&
         refusesObject(destination, walk.member(), value))
         return;
     if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
@@ -322,7 +323,7 @@ void SmartComponent::deliverStatic(sdf::SdfObject* destination, unsigned signalI
                                    const SignalValue& value) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->setStatic(signalId, hint, value);
-    deliverToController(destination, signalId, value);
+    deliverStaticToController(destination, signalId, value);
 }
 
 inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
@@ -400,7 +401,7 @@ void SmartComponent::deliverDynamic(sdf::SdfObject* destination, unsigned signal
                                     int value, long long time) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->handle(signalId, hint, value, time);
-    deliverToController(destination, signalId, value);
+    deliverDynamicToController(destination, signalId, value);
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {

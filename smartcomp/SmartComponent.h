@@ -274,8 +274,7 @@ private:
     void offerInwards(Property& source, const std::string& value);
     void offerObserved(TableReading& reading, Aggregation& owner, Property& source,
                        const std::string& value);
-    void offerTo(TableReading& reading, Walk& walk, const Property& source,
-                 const std::string& value);
+    void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
     static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,

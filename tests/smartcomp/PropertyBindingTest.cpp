@@ -261,6 +261,25 @@ TEST_F(PropertyBindingTest, OnlyTheTypeOfTheSourceIsLookedAt) {
     EXPECT_EQ(textOf(sink, 2), "no id at all");
 }
 
+// The property that was set is nobody's from then on.
+TEST_F(PropertyBindingTest, WhatTookThePlaceOfTheSourceSaysWhetherAnObjectIsMeant) {
+    enter<Thing>(30, "Pallet");
+    Plain& source = make<Plain>("Plain", 10, "Source");
+    auto& sink = make<Framed>("Framed", 11, "Sink");
+    sink.accepts = [](unsigned, sdf::SdfObject*) { return false; };
+    bind(logic(), {10, 1}, {11, 1});
+    const std::unique_ptr<Property> former(source.getProperty(1));
+    log().whenWritten = [&](sdf::Element& text) {
+        log().whenWritten = nullptr;
+        text.removeFromParent();
+        Property::Create(&source, source.element()->append(propertyElement(
+                                      1, "Part", "ObjectId", std::any(std::string("0")))));
+    };
+    source.setPropertyValue(1, "30");
+    EXPECT_EQ(log().events(), Lines{"event 10007|Sink|Text|30"});
+    EXPECT_EQ(textOf(sink), "old");
+}
+
 TEST_F(PropertyBindingTest, ABadObjectIdEscapesOnceTheSettingStands) {
     const auto refused = [&](const std::string& value, const auto& expect) {
         Plain& source = make<Plain>("Plain", 10, "Source");
