@@ -131,8 +131,11 @@ TEST(SdfManager, DroppingAnObjectDoesNotGrowWithTheTable) {
     const double few = trel::test::leastTime(table(2000), dropSome);
     const double many = trel::test::leastTime(table(200000), dropSome);
     SdfManager::inst()->objects().clear();
-    // The entries of a large table lie scattered in memory, which costs by itself.
-    EXPECT_LT(many, 3 * trel::test::generous * few);
+    // The entries of a large table lie scattered in memory, and how many share a bucket
+    // differs by the factor of the process: that alone costs up to some twelve times as
+    // much, where looking through the table would cost a hundred times.
+    std::cout << many / few << " times as long among a hundred times as many\n";
+    EXPECT_LT(many, 10 * trel::test::generous * few);
 }
 
 }  // namespace
