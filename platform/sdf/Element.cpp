@@ -95,16 +95,14 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
 Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) {}
 
 Element::~Element() {
-    // Neither a long row nor a deep tree may recurse: the children of a dying
-    // child join the row that is taken apart here.
-    Element* last = this->last();
+    // Neither a long row nor a deep tree may recurse: the children of a dying child
+    // come next in the row that is taken apart here, in the order of the file.
     std::shared_ptr<Element> row = std::move(first_);
     while (row) {
         Element& child = *row;
         if (row.use_count() == 1 && child.first_) {
-            Element* const lastOfChild = child.last();
-            last->next_ = std::move(child.first_);
-            last = lastOfChild;
+            child.last()->next_ = std::move(child.next_);
+            child.next_ = std::move(child.first_);
         }
         child.parent_ = child.prev_ = child.nextAlike_ = child.prevAlike_ = nullptr;
         row = std::exchange(child.next_, nullptr);
