@@ -72,7 +72,7 @@ Document Document::parsed(std::string_view text, const std::string& name,
     std::string lines;
     if (text.find('\r') != std::string_view::npos) text = lines = withUnixLines(text);
     try {
-        const bool hasText = checkMarkup(text, maxDepth);
+        const Markup markup = checkMarkup(text, maxDepth);
         OnValueFault tell;
         if (faults)
             tell = [faults,
@@ -81,7 +81,7 @@ Document Document::parsed(std::string_view text, const std::string& name,
                 faults->push_back({fault.kind(), places.placeOf(fault.offset()), fault.what(),
                                    element});
             };
-        DocumentParts parts = readParts(text, hasText, tell);
+        DocumentParts parts = readParts(text, markup, tell);
         Document document(std::move(parts.root));
         document.before_ = std::move(parts.before);
         document.after_ = std::move(parts.after);

@@ -11,6 +11,10 @@ namespace sdf {
 
 namespace {
 
+// Bytes of a text between two cuts, or more: what the parser makes of so many stays in
+// the processor's second cache until it is read.
+constexpr std::size_t pieceSize = 32 * 1024;
+
 std::string hex(unsigned number, std::size_t digits) {
     std::array<char, 8> buffer;
     const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, 16).ptr;
@@ -32,8 +36,7 @@ class Check {
 public:
     Check(std::string_view text, unsigned maxDepth) : text_(text), maxDepth_(maxDepth) {}
 
-    void run();
-    bool hasText() const { return hasText_; }
+    Markup run();
 
 private:
     struct Open {
@@ -63,7 +66,9 @@ private:
     bool ended() const { return pos_ == text_.size(); }
     bool isAt(std::string_view token) const { return text_.substr(pos_).starts_with(token); }
     bool isAt(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
+    bool hasRoot() const { return !found_.rootTag.empty(); }
     bool isAtTagEnd() const { return isAt('>') || (isAt('/') && isAt("/>")); }
+    std::size_t lastCut() const { return found_.cuts.empty() ? 0 : found_.cuts.back(); }
     bool skipBlanks();
     std::string_view name(std::string_view bearer);
     std::string_view quotedValue();
@@ -74,13 +79,12 @@ private:
     std::string_view text_;
     unsigned maxDepth_;
     std::size_t pos_ = 0;
-    bool hasRoot_ = false;
-    bool hasText_ = false;
+    Markup found_;
     std::vector<Open> open_;
     std::vector<std::string_view> attributes_;  // of the tag that is being read
 };
 
-void Check::run() {
+Markup Check::run() {
     characters();
     if (isAt("<?xml") && xml::nameLength(text_.substr(2)) == 3) declaration();
     while (!ended()) {
@@ -98,7 +102,9 @@ void Check::run() {
     }
     if (text_.find_first_not_of(xml::blanks) == std::string_view::npos)
         fail(0, "the file is empty; a root element is expected");
-    if (!hasRoot_) fail(pos_, "the file has no element; a root element is expected");
+    if (!hasRoot()) fail(pos_, "the file has no element; a root element is expected");
+    if (found_.hasText) found_.cuts.clear();
+    return std::move(found_);
 }
 
 void Check::characters() {
@@ -150,7 +156,7 @@ void Check::declaration() {
 
 void Check::stray() {
     if (skipBlanks()) return;
-    if (!hasRoot_)
+    if (!hasRoot())
         fail(pos_, "text stands before the root element; an element or a comment is expected");
     fail(pos_, "text stands behind the root element; the end of the file or a comment is expected");
 }
@@ -176,14 +182,15 @@ void Check::markup() {
 void Check::startTag() {
     const std::size_t start = pos_++;
     const std::string_view tag = name("a tag behind \"<\"");
-    if (open_.empty() && hasRoot_)
+    if (open_.empty() && hasRoot())
         fail(start, "<" + std::string(tag) +
                         "> is a second root element; the file is expected to "
                         "have one");
     if (open_.size() >= maxDepth_)
         fail(start, "<" + std::string(tag) + "> stands too deep; at most " +
                         std::to_string(maxDepth_) + " elements inside each other are expected");
-    hasRoot_ = true;
+    if (open_.empty()) found_.rootTag = tag;
+    if (open_.size() == 1 && start - lastCut() >= pieceSize) found_.cuts.push_back(start);
     attributes_.clear();
     while (true) {
         const bool apart = skipBlanks();
@@ -258,7 +265,7 @@ void Check::comment() {
 void Check::characterData() {
     if (open_.empty())
         fail(pos_, "character data stands outside the root element; an element is expected");
-    hasText_ = true;
+    found_.hasText = true;
     const std::size_t end = text_.find("]]>", pos_);
     if (end == std::string_view::npos)
         fail(pos_, "the character data does not end; \"]]>\" is expected");
@@ -287,7 +294,7 @@ void Check::text() {
     pos_ = xml::behindBlanks(text_, pos_);
     if (ended() || isAt('<')) return;
     const std::size_t end = std::min(text_.find('<', pos_), text_.size());
-    hasText_ = true;
+    found_.hasText = true;
     const std::string_view run = text_.substr(pos_, end - pos_);
     const std::size_t bracket = run.find("]]>");
     if (bracket != std::string_view::npos)
@@ -375,22 +382,20 @@ std::string_view Check::quotedValue() {
 Element::Place PlaceFinder::placeOf(std::size_t offset) {
     if (offset < offset_) *this = PlaceFinder(text_);
     std::string_view between = text_.substr(offset_, offset - offset_);
-    offset_ += between.size();
+    auto [line, column] = place_;
     for (std::size_t end; (end = between.find('\n')) != std::string_view::npos;) {
-        place_ = {place_.line + 1, 1};
+        ++line;
+        column = 1;
         between.remove_prefix(end + 1);
     }
     const auto startsCharacter = [](char c) {
         return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
     };
-    place_.column += static_cast<unsigned>(std::ranges::count_if(between, startsCharacter));
-    return place_;
+    for (const char c : between) column += startsCharacter(c);
+    offset_ = offset;
+    return place_ = {line, column};
 }
 
-bool checkMarkup(std::string_view text, unsigned maxDepth) {
-    Check check(text, maxDepth);
-    check.run();
-    return check.hasText();
-}
+Markup checkMarkup(std::string_view text, unsigned maxDepth) { return Check(text, maxDepth).run(); }
 
 }  // namespace sdf

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/sdf/Element.h"
 
@@ -36,11 +37,23 @@ private:
     Element::Place place_{1, 1};
 };
 
+/// What a check found out about a text.
+struct Markup {
+    /// Whether there is text that is more than blanks for the layout.
+    bool hasText = false;
+
+    std::string_view rootTag;
+
+    /// Starts of children of the root, some way apart from each other: with the root's
+    /// tags added, what stands between two of them is a document by itself. None where
+    /// there is text.
+    std::vector<std::size_t> cuts;
+};
+
 /// Checks that a text is one well-formed XML document in UTF-8, without a
 /// document type, and nested at most `maxDepth` deep: all that the parser behind
-/// it lets pass. Line ends must be LF already. Says whether there is text in it
-/// that is more than blanks for the layout.
+/// it lets pass. Line ends must be LF already.
 /// \throws TextFault
-bool checkMarkup(std::string_view text, unsigned maxDepth);
+Markup checkMarkup(std::string_view text, unsigned maxDepth);
 
 }  // namespace sdf

@@ -68,12 +68,13 @@ unsigned idOf(std::string_view text, std::size_t offset) {
 // The checked text holds nothing that the operations of an element would refuse.
 class DocumentReader {
 public:
-    DocumentReader(std::string_view text, bool hasText, const OnValueFault& onFault)
-        : text_(text), parsed_(text), places_(text), hasText_(hasText), onFault_(onFault) {}
+    DocumentReader(std::string_view text, const Markup& markup, const OnValueFault& onFault)
+        : text_(text), markup_(markup), places_(text), onFault_(onFault) {}
 
     DocumentParts parts();
 
 private:
+    void parse(std::size_t start, std::size_t end);
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
     void attribute(const xml_attribute& attribute, Element& e);
     void ownValue(Element& e, const xml_attribute& attribute);
@@ -91,33 +92,55 @@ private:
 
     // The parser leaves names and values where they stand in the text that it was given.
     std::size_t offsetOf(const char* parsed) const {
-        return static_cast<std::size_t>(parsed - parsed_.data());
+        return pieceStart_ + static_cast<std::size_t>(parsed - piece_.data()) - prefixSize_;
     }
 
     std::string_view text_;
-    std::string parsed_;  // the parser writes into it
+    const Markup& markup_;
     PlaceFinder places_;
     Pages pages_;
-    bool hasText_;
     const OnValueFault& onFault_;
+
+    std::string piece_;  // of the text; the parser writes into it
+    std::size_t pieceStart_ = 0;
+    std::size_t prefixSize_ = 0;  // what stands in front of the piece
+    pugi::xml_document parsed_;
 };
 
 DocumentParts DocumentReader::parts() {
-    pugi::xml_document document;
-    const auto result = document.load_buffer_inplace(parsed_.data(), parsed_.size(),
-                                                     parseFlags(hasText_), pugi::encoding_utf8);
+    DocumentParts parts;
+    std::size_t start = 0;
+    const auto read = [&](std::size_t end) {
+        parse(start, end);
+        for (const xml_node& node : parsed_) {
+            if (node.type() != pugi::node_element)
+                (parts.root ? parts.after : parts.before).push_back(note(node));
+            else if (parts.root)
+                children(node, parts.root, false);
+            else
+                parts.root = element(node, false);
+        }
+        start = end;
+    };
+    for (const std::size_t cut : markup_.cuts) read(cut);
+    read(text_.size());
+    return parts;
+}
+
+// Parses a piece of the text, as a document by itself.
+void DocumentReader::parse(std::size_t start, std::size_t end) {
+    piece_.clear();
+    if (start != 0) piece_.append("<").append(markup_.rootTag).append(">");
+    prefixSize_ = piece_.size();
+    pieceStart_ = start;
+    piece_.append(text_, start, end - start);
+    if (end != text_.size()) piece_.append("</").append(markup_.rootTag).append(">");
+    const auto result = parsed_.load_buffer_inplace(
+        piece_.data(), piece_.size(), parseFlags(markup_.hasText), pugi::encoding_utf8);
     if (result.status == pugi::status_out_of_memory) throw std::bad_alloc();
     if (!result)
-        throw TextFault(static_cast<std::size_t>(result.offset),
+        throw TextFault(offsetOf(piece_.data() + result.offset),
                         std::string(result.description()) + "; well-formed XML is expected");
-    DocumentParts parts;
-    for (const xml_node& node : document) {
-        if (node.type() == pugi::node_element)
-            parts.root = element(node, false);
-        else
-            (parts.root ? parts.after : parts.before).push_back(note(node));
-    }
-    return parts;
 }
 
 std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insideText) {
@@ -125,7 +148,7 @@ std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insi
     auto e = made(Kind::Element, tag, startOf(node));
     for (auto each = node.first_attribute(); each; each = each.next_attribute())
         tolerantly(e, [&] { attribute(each, *e); });
-    children(node, e, insideText || (hasText_ && hasText(node)));
+    children(node, e, insideText || (markup_.hasText && hasText(node)));
     return e;
 }
 
@@ -256,8 +279,8 @@ std::size_t DocumentReader::startOf(const xml_node& node) const {
     }
 }
 
-DocumentParts readParts(std::string_view text, bool hasText, const OnValueFault& onFault) {
-    return DocumentReader(text, hasText, onFault).parts();
+DocumentParts readParts(std::string_view text, const Markup& markup, const OnValueFault& onFault) {
+    return DocumentReader(text, markup, onFault).parts();
 }
 
 }  // namespace sdf

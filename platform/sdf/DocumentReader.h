@@ -36,9 +36,10 @@ private:
 using OnValueFault =
     std::function<void(const ValueTextFault& fault, const std::shared_ptr<Element>& element)>;
 
-/// Makes elements of a text that is well-formed XML; `hasText` is what checkMarkup
+/// Makes elements of a text that is well-formed XML; `markup` is what checkMarkup
 /// said of it.
 /// \throws ValueTextFault for an id or a value that is none, if nobody is to be told.
-DocumentParts readParts(std::string_view text, bool hasText, const OnValueFault& onFault = {});
+DocumentParts readParts(std::string_view text, const Markup& markup,
+                        const OnValueFault& onFault = {});
 
 }  // namespace sdf

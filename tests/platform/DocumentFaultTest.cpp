@@ -116,6 +116,22 @@ TEST(MalformedFile, IsReadBehindIdsAndValuesThatAreNone) {
                                "  <c int=\"1\">\n    <d int=\"4\" />\n  </c>\n</station>\n");
 }
 
+TEST(MalformedFile, ThatIsLargeTellsOfEachFaultAtItsPlace) {
+    constexpr unsigned lines = 5000;
+    std::string text = "<station int='1'>\n";
+    for (unsigned i = 0; i < lines; ++i) text += "  <a id='x'/><value int='2'/><b int='one'/>\n";
+    std::vector<sdf::ValueFault> faults;
+    Document::fromText(text + "</station>", "cell.xml", faults);
+    ASSERT_EQ(faults.size(), 3 * lines);
+    for (unsigned i = 0; i < lines; ++i)
+        for (const auto& [fault, column] :
+             {std::pair(faults[3 * i], 10u), {faults[3 * i + 1], 14u}, {faults[3 * i + 2], 38u}}) {
+            ASSERT_EQ(fault.place.line, i + 2) << fault.fault;
+            ASSERT_EQ(fault.place.column, column) << fault.fault << " of line " << i + 2;
+        }
+    EXPECT_EQ(messageOf(text + "</stat>").substr(0, 16), "cell.xml:5002:1:");
+}
+
 TEST(MalformedFile, IsTheSameWithForeignLineEnds) {
     EXPECT_EQ(messageOf("<a>\r\n\r<b x=1/></a>").substr(0, 13), "cell.xml:3:6:");
 }

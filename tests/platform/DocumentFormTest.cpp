@@ -248,7 +248,10 @@ TEST(DocumentForm, ReadsAMillionRandomDoublesBackBitEqual) {
 // they were.
 class RandomDocument {
 public:
-    explicit RandomDocument(unsigned seed) : random_(seed) {}
+    enum class Texts { Some, None };
+
+    explicit RandomDocument(unsigned seed, Texts texts = Texts::Some)
+        : random_(seed), hasTexts_(texts == Texts::Some) {}
 
     std::shared_ptr<Element> element(int depth) {
         auto e = Element::Create(pick({"a", "b", "value", "id", "string", "\xC3\xA4"}));
@@ -261,7 +264,9 @@ public:
             switch (random_() % 8) {
                 case 0: e->append(Element::CreateNote(Kind::Comment, "", "note")); break;
                 case 1: e->append(Element::CreateNote(Kind::Instruction, "do", "it")); break;
-                case 2: e->append(Element::CreateNote(Kind::Text, "", text())); break;
+                case 2:
+                    if (hasTexts_) e->append(Element::CreateNote(Kind::Text, "", text()));
+                    break;
                 default: e->append(element(depth - 1));
             }
         }
@@ -287,6 +292,7 @@ private:
     }
 
     std::mt19937 random_;
+    bool hasTexts_;
 };
 
 TEST(DocumentForm, OfRandomDocumentsIsReadAndWrittenToTheSameBytes) {
@@ -294,6 +300,43 @@ TEST(DocumentForm, OfRandomDocumentsIsReadAndWrittenToTheSameBytes) {
         const std::string text = Document(RandomDocument(seed).element(4)).text();
         ASSERT_EQ(saved(text), text) << "seed " << seed;
     }
+}
+
+// A large file is parsed piece by piece, and nothing shows where one piece ends.
+
+TEST(DocumentForm, OfLargeRandomDocumentsIsReadAndWrittenToTheSameBytes) {
+    for (unsigned seed = 0; seed < 5; ++seed) {
+        RandomDocument random(seed, RandomDocument::Texts::None);
+        const auto root = random.element(0);
+        for (int i = 0; i < 2000; ++i) root->append(random.element(4));
+        root->append(Element::CreateNote(Kind::Comment, "", "the last child"));
+        const std::string text = Document(root).text() + "<!--behind the root-->\n";
+        ASSERT_GT(text.size(), 100000u);
+        ASSERT_EQ(saved(text), text) << "seed " << seed;
+    }
+}
+
+TEST(DocumentForm, GivesEveryElementOfALargeFileItsPlace) {
+    constexpr unsigned lines = 5000;
+    std::string text = "<!--in front--><a x='1'>\n";
+    for (unsigned i = 0; i < lines; ++i)
+        text += "  <b name='\xC3\xB6' y='1'/><!--n--><c><d/></c>\n";
+    const Document document = fromText(text + "</a>");
+    EXPECT_EQ(document.root()->get("x")->place().column, 19u);
+    unsigned line = 1;
+    for (const auto& b : document.root()->children("b")) {
+        ++line;
+        const Element& c = *b->nextSibling()->nextSibling();
+        for (const auto& [e, column] : {std::pair<const Element&, unsigned>(*b, 3),
+                                        {*b->get("y"), 15},
+                                        {*b->nextSibling(), 22},
+                                        {c, 30},
+                                        {*c.firstChild(), 33}}) {
+            ASSERT_EQ(e.place().line, line) << e.path();
+            ASSERT_EQ(e.place().column, column) << e.path() << " of line " << line;
+        }
+    }
+    EXPECT_EQ(line, lines + 1);
 }
 
 }  // namespace
