@@ -53,6 +53,7 @@ public:
     static const std::string& Type(const std::type_info& type);
 
 private:
+    friend class DocumentReader;
     friend class Element;
 
     struct Given {

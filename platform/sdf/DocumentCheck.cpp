@@ -64,13 +64,15 @@ private:
     void numericReference(std::size_t start, std::string_view digits);
 
     bool ended() const { return pos_ == text_.size(); }
-    bool isAt(std::string_view token) const { return text_.substr(pos_).starts_with(token); }
+    std::string_view rest() const { return {text_.data() + pos_, text_.size() - pos_}; }
+    bool isAt(std::string_view token) const { return rest().starts_with(token); }
     bool isAt(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
     bool hasRoot() const { return !found_.rootTag.empty(); }
     bool isAtTagEnd() const { return isAt('>') || (isAt('/') && isAt("/>")); }
     std::size_t lastCut() const { return found_.cuts.empty() ? 0 : found_.cuts.back(); }
     bool skipBlanks();
     std::string_view name(std::string_view bearer);
+    [[noreturn]] void noName(std::string_view bearer) const;
     std::string_view quotedValue();
     std::string lineOf(std::size_t offset) const {
         return std::to_string(PlaceFinder(text_).placeOf(offset).line);
@@ -202,7 +204,7 @@ void Check::startTag() {
             fail(pos_, "two attributes stand without a blank between them; a blank is expected");
         attribute();
     }
-    distinctAttributes();
+    if (attributes_.size() > 1) distinctAttributes();
     const bool isOpen = isAt('>');
     if (isOpen) open_.push_back({tag, start});
     pos_ += isOpen ? 1 : 2;
@@ -214,7 +216,6 @@ void Check::attribute() {
 }
 
 void Check::distinctAttributes() {
-    if (attributes_.size() < 2) return;
     constexpr std::size_t few = 4;
     if (attributes_.size() <= few) {
         bool areDistinct = true;
@@ -237,6 +238,13 @@ void Check::distinctAttributes() {
 void Check::endTag() {
     const std::size_t start = pos_;
     pos_ += 2;
+    if (!open_.empty() && isAt(open_.back().tag)) {  // as mostly
+        const std::size_t end = pos_ + open_.back().tag.size();
+        if (end < text_.size() && text_[end] == '>') {
+            pos_ = end + 1;
+            return open_.pop_back();
+        }
+    }
     const std::string_view tag = name("a tag behind \"</\"");
     const auto shown = [&] { return "</" + std::string(tag) + '>'; };
     if (open_.empty())
@@ -340,17 +348,18 @@ bool Check::skipBlanks() {
     return pos_ > start;
 }
 
-std::string_view Check::name(std::string_view bearer) {
-    const std::string_view rest = text_.substr(pos_);
-    const std::size_t length = xml::nameLength(rest);
-    if (length == 0) {
-        const std::string found =
-            ended() ? "the file ends"
-                    : xml::quoted(rest.substr(0, xml::decode(rest).length)) + " stands";
-        fail(pos_, found + " where a name belongs; " + std::string(bearer) + " is expected");
-    }
-    pos_ += length;
-    return rest.substr(0, length);
+inline std::string_view Check::name(std::string_view bearer) {
+    const std::string_view found = rest().substr(0, xml::nameLength(rest()));
+    if (found.empty()) noName(bearer);
+    pos_ += found.size();
+    return found;
+}
+
+void Check::noName(std::string_view bearer) const {
+    const std::string found =
+        ended() ? "the file ends"
+                : xml::quoted(rest().substr(0, xml::decode(rest()).length)) + " stands";
+    fail(pos_, found + " where a name belongs; " + std::string(bearer) + " is expected");
 }
 
 // "=" and a value in quotes.
@@ -364,15 +373,15 @@ std::string_view Check::quotedValue() {
     const char quote = text_[pos_];
     const std::size_t start = ++pos_;
     while (true) {
-        const char* at = text_.data() + pos_;
-        const char* const end = text_.data() + text_.size();
-        while (at != end && *at != quote && *at != '&' && *at != '<') ++at;
-        pos_ = static_cast<std::size_t>(at - text_.data());
+        while (!ended() && !xml::is(xml::mayEndValue, text_[pos_])) ++pos_;
         if (ended()) fail(start - 1, "the value does not end; a second quotation mark is expected");
         if (text_[pos_] == quote) break;
         if (text_[pos_] == '<')
             fail(pos_, "\"<\" stands in a value; a quotation mark, or \"&lt;\", is expected");
-        reference();
+        if (text_[pos_] == '&')
+            reference();
+        else
+            ++pos_;
     }
     return text_.substr(start, pos_++ - start);
 }
@@ -382,18 +391,22 @@ std::string_view Check::quotedValue() {
 Element::Place PlaceFinder::placeOf(std::size_t offset) {
     if (offset < offset_) *this = PlaceFinder(text_);
     std::string_view between = text_.substr(offset_, offset - offset_);
-    auto [line, column] = place_;
+    Element::Place place = place_;
     for (std::size_t end; (end = between.find('\n')) != std::string_view::npos;) {
-        ++line;
-        column = 1;
+        place = {place.line + 1, 1};
         between.remove_prefix(end + 1);
     }
-    const auto startsCharacter = [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u;
-    };
-    for (const char c : between) column += startsCharacter(c);
+    place.column += static_cast<unsigned>(between.size());
+    if (offset > ascii_) {
+        const auto continuesCharacter = [](char c) {
+            return (static_cast<unsigned char>(c) & 0xC0u) == 0x80u;
+        };
+        place.column -= static_cast<unsigned>(std::ranges::count_if(between, continuesCharacter));
+        ascii_ = offset + xml::asciiLength(text_.substr(offset));
+    }
     offset_ = offset;
-    return place_ = {line, column};
+    place_ = place;
+    return place;
 }
 
 Markup checkMarkup(std::string_view text, unsigned maxDepth) { return Check(text, maxDepth).run(); }

@@ -34,6 +34,7 @@ public:
 private:
     std::string_view text_;
     std::size_t offset_ = 0;
+    std::size_t ascii_ = 0;  // from the offset to here there is nothing else
     Element::Place place_{1, 1};
 };
 

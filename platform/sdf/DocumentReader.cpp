@@ -77,7 +77,7 @@ private:
     void parse(std::size_t start, std::size_t end);
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
     void attribute(const xml_attribute& attribute, Element& e);
-    void ownValue(Element& e, const xml_attribute& attribute);
+    void ownValue(Element& e, const xml_attribute& attribute, valuetext::Parser parser);
     void children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText);
     std::shared_ptr<Element> key(const xml_node& node, const Element& parent, bool insideText);
     std::shared_ptr<Element> note(const xml_node& node);
@@ -145,10 +145,10 @@ void DocumentReader::parse(std::size_t start, std::size_t end) {
 
 std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insideText) {
     const char* const tag = node.name();
-    auto e = made(Kind::Element, tag, startOf(node));
+    auto e = made(Kind::Element, tag, offsetOf(tag) - std::string_view("<").size());
     for (auto each = node.first_attribute(); each; each = each.next_attribute())
         tolerantly(e, [&] { attribute(each, *e); });
-    children(node, e, insideText || (markup_.hasText && hasText(node)));
+    if (node.first_child()) children(node, e, insideText || (markup_.hasText && hasText(node)));
     return e;
 }
 
@@ -158,8 +158,8 @@ void DocumentReader::attribute(const xml_attribute& attribute, Element& e) {
         e.id_ = idOf(attribute.value(), offsetOf(attribute.value()));
     } else if (name == "name") {
         e.setName(attribute.value());
-    } else if (valuetext::isTypeName(name)) {
-        ownValue(e, attribute);
+    } else if (const valuetext::Parser parser = valuetext::parserOf(name)) {
+        ownValue(e, attribute, parser);
     } else {
         if (name == "value" && e.ownValue())
             throw ValueTextFault(Fault::SecondValue, offsetOf(name.data()),
@@ -180,7 +180,8 @@ void DocumentReader::tolerantly(const std::shared_ptr<Element>& e, const Reading
     }
 }
 
-void DocumentReader::ownValue(Element& e, const xml_attribute& attribute) {
+void DocumentReader::ownValue(Element& e, const xml_attribute& attribute,
+                              valuetext::Parser parser) {
     const std::string_view type = attribute.name();
     const char* const text = attribute.value();
     if (e.ownValue())
@@ -188,17 +189,14 @@ void DocumentReader::ownValue(Element& e, const xml_attribute& attribute) {
                              "the element has a value of type " + e.ownValue()->type() +
                                  " and one of type " + std::string(type) +
                                  "; one value is expected");
-    if (e.get("value"))
+    if (e.first_ && e.get("value"))
         throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
                              "the element has an attribute \"value\" and a value of its own; one "
                              "of the two is expected");
-    try {
-        e.attr_.set(valuetext::parse(type, text));
-    } catch (const std::invalid_argument&) {
+    if (!parser(text, e.attr_.value_))
         throw ValueTextFault(Fault::Value, offsetOf(text),
                              xml::quoted(text) + " is no value of type " + std::string(type) +
                                  "; " + std::string(expectedFor(type)) + " expected");
-    }
 }
 
 void DocumentReader::children(const xml_node& node, const std::shared_ptr<Element>& e,
@@ -231,7 +229,7 @@ void DocumentReader::children(const xml_node& node, const std::shared_ptr<Elemen
 std::shared_ptr<Element> DocumentReader::key(const xml_node& node, const Element& parent,
                                              bool insideText) {
     auto inner = element(node, insideText);
-    if (inner->tag() == "value" && parent.ownValue() && inner->value().has_value())
+    if (parent.ownValue() && inner->tag() == "value" && inner->value().has_value())
         throw ValueTextFault(Fault::SecondValue, startOf(node),
                              "the element has a value of its own and a key \"value\" that holds "
                              "one; one of the two is expected");

@@ -204,7 +204,7 @@ std::shared_ptr<Element> Element::append(std::shared_ptr<Element> child) {
         child->removeFromParent();
     // No two attributes have one name.
     if (child->kind_ == Kind::Attribute && find(child->tag())) child->kind_ = Kind::Element;
-    insertBefore(child, nullptr);
+    insertBefore(std::shared_ptr<Element>(child), nullptr);
     return child;
 }
 
@@ -236,17 +236,21 @@ void Element::appendNew(std::shared_ptr<Element> child) {
 }
 
 // All of an insertion that may throw.
-void Element::makeRoomFor(const Element& child) {
-    if (!index_ && childCount_ >= fewChildren) {
+inline void Element::makeRoomFor(const Element& child) {
+    if (index_ || childCount_ >= fewChildren) makeRoomInIndexFor(child);
+}
+
+void Element::makeRoomInIndexFor(const Element& child) {
+    if (!index_) {
         auto index = std::make_unique<TagIndex>();
         for (Element* c = first_.get(); c; c = c->next_.get()) index->makeRoomFor(c->tag());
         for (Element* c = first_.get(); c; c = c->next_.get()) index->add(*c, nullptr);
         index_ = std::move(index);
     }
-    if (index_) index_->makeRoomFor(child.tag());
+    index_->makeRoomFor(child.tag());
 }
 
-void Element::insertBefore(std::shared_ptr<Element> child, Element* next) noexcept {
+inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* next) noexcept {
     Element& e = *child;
     if (index_) {
         Element* alike = next;

@@ -200,8 +200,9 @@ private:
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
     void makeRoomFor(const Element& child);
+    void makeRoomInIndexFor(const Element& child);
     void appendNew(std::shared_ptr<Element> child);
-    void insertBefore(std::shared_ptr<Element> child, Element* next) noexcept;
+    void insertBefore(std::shared_ptr<Element>&& child, Element* next) noexcept;
     std::shared_ptr<Element> unlink(Element& child) noexcept;
     template <typename T>
     T as(std::string_view name) const;

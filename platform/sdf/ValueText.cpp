@@ -151,14 +151,19 @@ bool visitValue(const std::any& value, const Visit& visit) {
            as(std::type_identity<Vec3>{}) || as(std::type_identity<Pose>{});
 }
 
-using Parser = std::any (*)(std::string_view text);
-
 template <typename T>
-std::any parseAs(std::string_view text) {
-    auto value = valueOf<T>(text);
-    if (!value) refuse(text, Attr::Type(typeid(T)));
-    return std::any(*std::move(value));
+bool parseAs(std::string_view text, std::any& to) {
+    if constexpr (std::is_same_v<T, std::string>) {
+        to.emplace<T>(text);
+        return true;
+    } else {
+        const auto value = valueOf<T>(text);
+        if (value) to.emplace<T>(*value);
+        return value.has_value();
+    }
 }
+
+}  // namespace
 
 Parser parserOf(std::string_view type) {
     struct Entry {
@@ -178,10 +183,6 @@ Parser parserOf(std::string_view type) {
     return nullptr;
 }
 
-}  // namespace
-
-bool isTypeName(std::string_view type) { return parserOf(type) != nullptr; }
-
 std::string render(const std::any& value) {
     if (const auto* const held = std::any_cast<std::string>(&value)) return *held;
     std::string text;
@@ -194,7 +195,9 @@ std::any parse(std::string_view type, std::string_view text) {
     const Parser parser = parserOf(type);
     if (!parser)
         throw std::invalid_argument("\"" + std::string(type) + "\" is no type of the document");
-    return parser(text);
+    std::any value;
+    if (!parser(text, value)) refuse(text, type);
+    return value;
 }
 
 template <typename T>

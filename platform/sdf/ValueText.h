@@ -10,8 +10,15 @@
 /// The text forms of the document's values. They never depend on a locale.
 namespace sdf::valuetext {
 
-/// Whether `type` names a type of value, as `Attr::Type` gives it.
-TREL_PLATFORM_API bool isTypeName(std::string_view type);
+/// Puts the value that a text stands for into `to`; false, and nothing done, where it
+/// stands for none.
+using Parser = bool (*)(std::string_view text, std::any& to);
+
+/// The parser of a type of value, as `Attr::Type` names it; null for any other name.
+TREL_PLATFORM_API Parser parserOf(std::string_view type);
+
+/// Whether `type` names a type of value.
+inline bool isTypeName(std::string_view type) { return parserOf(type) != nullptr; }
 
 /// The text of a value: numbers in their shortest form that reads back equal,
 /// a bool as 1 or 0, a vec3 as "x y z", a pose as "x y z w x y z" (position,

@@ -7,27 +7,7 @@ namespace sdf::xml {
 
 namespace {
 
-enum : unsigned char { nameStart = 1, namePart = 2, allowed = 4 };
-
-// What a byte may be: an ASCII character by itself; any other is none of it.
-constexpr std::array<unsigned char, 256> bytes = [] {
-    std::array<unsigned char, 256> table{};
-    for (std::size_t c = 0x20; c < 0x80; ++c) table[c] = allowed;
-    for (const unsigned char c : {'\t', '\n', '\r'}) table[c] = allowed;
-    const auto range = [&](unsigned char first, unsigned char last, unsigned char what) {
-        for (std::size_t c = first; c <= last; ++c) table[c] |= what;
-    };
-    range('a', 'z', nameStart | namePart);
-    range('A', 'Z', nameStart | namePart);
-    range('_', '_', nameStart | namePart);
-    range(':', ':', nameStart | namePart);
-    range('0', '9', namePart);
-    range('-', '.', namePart);
-    return table;
-}();
-
 bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-bool is(unsigned char what, char c) { return bytes[static_cast<unsigned char>(c)] & what; }
 
 struct Range {
     char32_t first;
@@ -85,7 +65,7 @@ Character decode(std::string_view text) {
 }
 
 bool isAllowed(char32_t code) {
-    if (code < 0x80) return bytes[code] & allowed;
+    if (code < 0x80) return is(allowed, static_cast<char>(code));
     return code < 0xD800 || (code >= 0xE000 && code < 0xFFFE) ||
            (code >= 0x10000 && code <= 0x10FFFF);
 }
@@ -106,19 +86,15 @@ std::size_t allowedLength(std::string_view text) {
     }
 }
 
-std::size_t nameLength(std::string_view text) {
-    const char* at = text.data();
-    const char* const end = at + text.size();
-    if (at != end && is(nameStart, *at)) ++at;
-    while (true) {
-        if (at != text.data())
-            while (at != end && is(namePart, *at)) ++at;
-        const std::size_t length = static_cast<std::size_t>(at - text.data());
-        if (at == end || isAscii(*at)) return length;
-        const auto [code, bytesOfIt] = decode(text.substr(length));
-        if (bytesOfIt == 0 || !mayStandInName(code, length == 0)) return length;
-        at += bytesOfIt;
+std::size_t nameLength(std::string_view text, std::size_t length) {
+    while (length < text.size()) {
+        const auto [code, size] = decode(text.substr(length));
+        const bool isPart = code < 0x80 ? is(length == 0 ? nameStart : namePart, text[length])
+                                        : size != 0 && mayStandInName(code, length == 0);
+        if (!isPart) break;
+        length += size;
     }
+    return length;
 }
 
 bool isName(std::string_view text) { return !text.empty() && nameLength(text) == text.size(); }

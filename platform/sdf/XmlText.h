@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -13,7 +14,38 @@ namespace sdf::xml {
 
 inline constexpr std::string_view blanks = " \t\r\n";
 
-constexpr bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+/// What a byte may be, as an ASCII character by itself; any other byte is none of it.
+enum ByteKind : unsigned char {
+    nameStart = 1,
+    namePart = 2,
+    allowed = 4,
+    blank = 8,
+    mayEndValue = 16  // a quotation mark, or what needs a look inside of a value
+};
+
+inline constexpr std::array<unsigned char, 256> byteKinds = [] {
+    std::array<unsigned char, 256> kinds{};
+    const auto range = [&](unsigned char first, unsigned char last, unsigned kind) {
+        for (std::size_t c = first; c <= last; ++c)
+            kinds[c] = static_cast<unsigned char>(kinds[c] | kind);
+    };
+    range(0x20, 0x7F, allowed);
+    range('a', 'z', nameStart | namePart);
+    range('A', 'Z', nameStart | namePart);
+    range('_', '_', nameStart | namePart);
+    range(':', ':', nameStart | namePart);
+    range('0', '9', namePart);
+    range('-', '.', namePart);
+    for (const char c : blanks) kinds[static_cast<unsigned char>(c)] |= allowed | blank;
+    for (const char c : {'"', '\'', '<', '&'}) kinds[static_cast<unsigned char>(c)] |= mayEndValue;
+    return kinds;
+}();
+
+constexpr bool is(unsigned char kind, char c) {
+    return (byteKinds[static_cast<unsigned char>(c)] & kind) != 0;
+}
+
+constexpr bool isBlank(char c) { return is(blank, c); }
 
 /// The first place from `at` on that holds no blank; the end if there is none.
 constexpr std::size_t behindBlanks(std::string_view text, std::size_t at) {
@@ -51,8 +83,30 @@ inline std::size_t plainLength(std::string_view text) {
     return length;
 }
 
+/// Bytes of the longest prefix of ASCII.
+inline std::size_t asciiLength(std::string_view text) {
+    using Word = std::uint64_t;
+    std::size_t length = 0;
+    for (; text.size() - length >= sizeof(Word); length += sizeof(Word)) {
+        Word word;
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if (word & (~Word{0} / 0xFF * 0x80)) break;
+    }
+    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) ++length;
+    return length;
+}
+
+/// Bytes of the name that a text begins with, whose first `length` are known to be of it.
+TREL_PLATFORM_API std::size_t nameLength(std::string_view text, std::size_t length);
+
 /// Bytes of the name that the text begins with; 0 if it begins with none.
-TREL_PLATFORM_API std::size_t nameLength(std::string_view text);
+inline std::size_t nameLength(std::string_view text) {
+    std::size_t length = 0;
+    if (!text.empty() && is(nameStart, text[0])) ++length;
+    while (length != 0 && length < text.size() && is(namePart, text[length])) ++length;
+    const bool isWhole = length == text.size() || static_cast<unsigned char>(text[length]) < 0x80;
+    return isWhole ? length : nameLength(text, length);
+}
 
 TREL_PLATFORM_API bool isName(std::string_view text);
 
