@@ -76,9 +76,10 @@ public:
 private:
     void parse(std::size_t start, std::size_t end);
     std::shared_ptr<Element> element(const xml_node& node, bool insideText);
-    void attribute(const xml_attribute& attribute, Element& e);
-    void ownValue(Element& e, const xml_attribute& attribute, valuetext::Parser parser);
-    void children(const xml_node& node, const std::shared_ptr<Element>& e, bool insideText);
+    void attribute(std::string_view name, const char* value, Element& e);
+    void ownValue(Element& e, std::string_view type, std::string_view text,
+                  valuetext::Parser parser);
+    void children(xml_node first, const std::shared_ptr<Element>& e, bool insideText);
     std::shared_ptr<Element> key(const xml_node& node, const Element& parent, bool insideText);
     std::shared_ptr<Element> note(const xml_node& node);
     std::shared_ptr<Element> note(Kind kind, std::string_view tag, std::string_view text,
@@ -116,7 +117,7 @@ DocumentParts DocumentReader::parts() {
             if (node.type() != pugi::node_element)
                 (parts.root ? parts.after : parts.before).push_back(note(node));
             else if (parts.root)
-                children(node, parts.root, false);
+                children(node.first_child(), parts.root, false);
             else
                 parts.root = element(node, false);
         }
@@ -147,25 +148,25 @@ std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insi
     const char* const tag = node.name();
     auto e = made(Kind::Element, tag, offsetOf(tag) - std::string_view("<").size());
     for (auto each = node.first_attribute(); each; each = each.next_attribute())
-        tolerantly(e, [&] { attribute(each, *e); });
-    if (node.first_child()) children(node, e, insideText || (markup_.hasText && hasText(node)));
+        tolerantly(e, [&] { attribute(each.name(), each.value(), *e); });
+    if (const auto first = node.first_child())
+        children(first, e, insideText || (markup_.hasText && hasText(node)));
     return e;
 }
 
-void DocumentReader::attribute(const xml_attribute& attribute, Element& e) {
-    const std::string_view name = attribute.name();
+void DocumentReader::attribute(std::string_view name, const char* value, Element& e) {
     if (name == "id") {
-        e.id_ = idOf(attribute.value(), offsetOf(attribute.value()));
+        e.id_ = idOf(value, offsetOf(value));
     } else if (name == "name") {
-        e.setName(attribute.value());
+        e.setName(value);
     } else if (const valuetext::Parser parser = valuetext::parserOf(name)) {
-        ownValue(e, attribute, parser);
+        ownValue(e, name, value, parser);
     } else {
         if (name == "value" && e.ownValue())
             throw ValueTextFault(Fault::SecondValue, offsetOf(name.data()),
                                  "the element has a value of its own and an attribute \"value\"; "
                                  "one of the two is expected");
-        e.appendNew(note(Kind::Attribute, name, attribute.value(), offsetOf(name.data())));
+        e.appendNew(note(Kind::Attribute, name, value, offsetOf(name.data())));
     }
 }
 
@@ -180,10 +181,8 @@ void DocumentReader::tolerantly(const std::shared_ptr<Element>& e, const Reading
     }
 }
 
-void DocumentReader::ownValue(Element& e, const xml_attribute& attribute,
+void DocumentReader::ownValue(Element& e, std::string_view type, std::string_view text,
                               valuetext::Parser parser) {
-    const std::string_view type = attribute.name();
-    const char* const text = attribute.value();
     if (e.ownValue())
         throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
                              "the element has a value of type " + e.ownValue()->type() +
@@ -194,13 +193,12 @@ void DocumentReader::ownValue(Element& e, const xml_attribute& attribute,
                              "the element has an attribute \"value\" and a value of its own; one "
                              "of the two is expected");
     if (!parser(text, e.attr_.value_))
-        throw ValueTextFault(Fault::Value, offsetOf(text),
+        throw ValueTextFault(Fault::Value, offsetOf(text.data()),
                              xml::quoted(text) + " is no value of type " + std::string(type) +
                                  "; " + std::string(expectedFor(type)) + " expected");
 }
 
-void DocumentReader::children(const xml_node& node, const std::shared_ptr<Element>& e,
-                              bool insideText) {
+void DocumentReader::children(xml_node first, const std::shared_ptr<Element>& e, bool insideText) {
     std::string text;  // adjacent texts are one
     std::size_t textStart = 0;
     const auto endText = [&] {
@@ -208,7 +206,7 @@ void DocumentReader::children(const xml_node& node, const std::shared_ptr<Elemen
         e->appendNew(note(Kind::Text, {}, text, textStart));
         text.clear();
     };
-    for (auto child = node.first_child(); child; child = child.next_sibling()) {
+    for (auto child = first; child; child = child.next_sibling()) {
         const auto type = child.type();
         if (type == pugi::node_pcdata || type == pugi::node_cdata) {
             if (!insideText) continue;
@@ -251,6 +249,7 @@ std::shared_ptr<Element> DocumentReader::note(Kind kind, std::string_view tag,
 std::shared_ptr<Element> DocumentReader::made(Kind kind, std::string_view tag, std::size_t offset) {
     auto e =
         std::allocate_shared<Element>(PageAllocator<Element>(pages_), Element::Key{}, kind, tag);
+    e->self_.know(e);
     e->place_ = places_.placeOf(offset);
     return e;
 }

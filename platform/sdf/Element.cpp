@@ -73,7 +73,9 @@ private:
 };
 
 std::shared_ptr<Element> Element::Make(Kind kind, std::string_view tag) {
-    return std::make_shared<Element>(Key{}, kind, tag);
+    auto e = std::make_shared<Element>(Key{}, kind, tag);
+    e->self_.know(e);
+    return e;
 }
 
 std::shared_ptr<Element> Element::Create(std::string_view tag) {
@@ -97,16 +99,20 @@ Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) 
 Element::~Element() {
     // Neither a long row nor a deep tree may recurse: the children of a dying child
     // come next in the row that is taken apart here, in the order of the file.
-    std::shared_ptr<Element> row = std::move(first_);
-    while (row) {
-        Element& child = *row;
-        if (row.use_count() == 1 && child.first_) {
-            child.last()->next_ = std::move(child.next_);
-            child.next_ = std::move(child.first_);
+    for (Element* next = first_; next;) {
+        Element& child = *next;
+        next = child.next_;
+        const std::shared_ptr<Element> kept = child.self_.release();
+        if (kept.use_count() == 1 && child.first_) {
+            child.last()->next_ = next;
+            next = std::exchange(child.first_, nullptr);
         }
-        child.parent_ = child.prev_ = child.nextAlike_ = child.prevAlike_ = nullptr;
-        row = std::exchange(child.next_, nullptr);
+        child.parent_ = child.prev_ = child.next_ = child.nextAlike_ = child.prevAlike_ = nullptr;
     }
+}
+
+std::shared_ptr<Element> Element::shared_from_this() {
+    return parent_ ? self_.kept() : self_.found();
 }
 
 std::shared_ptr<Element> Element::parent() const {
@@ -161,27 +167,27 @@ inline Element* Element::find(std::string_view name) const {
         while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
         return e;
     }
-    for (Element* e = first_.get(); e; e = e->next_.get())
+    for (Element* e = first_; e; e = e->next_)
         if (e->tag_.is(head, name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
     return nullptr;
 }
 
 std::shared_ptr<Element> Element::touch(std::string_view name) {
     if (name.empty()) return shared_from_this();
-    if (const Element* const key = find(name)) return owning(*key);
+    if (const Element* const key = find(name)) return key->self_.kept();
     return append(name);
 }
 
 std::shared_ptr<Element> Element::get(std::string_view name) {
     if (name.empty()) return shared_from_this();
     const Element* const key = find(name);
-    return key ? owning(*key) : nullptr;
+    return key ? key->self_.kept() : nullptr;
 }
 
 std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
     std::vector<std::shared_ptr<Element>> found;
-    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_.get())
-        if (e->kind_ == Kind::Element && e->tag() == name) found.push_back(owning(*e));
+    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_)
+        if (e->kind_ == Kind::Element && e->tag() == name) found.push_back(e->self_.kept());
     return found;
 }
 
@@ -225,7 +231,7 @@ void Element::removeFromParent() noexcept {
 }
 
 void Element::moveBefore(Element& child, const Element* next) noexcept {
-    if (&child == next || child.next_.get() == next) return;
+    if (&child == next || child.next_ == next) return;
     Element* const place = next ? const_cast<Element*>(next) : nullptr;
     insertBefore(unlink(child), place);
 }
@@ -243,8 +249,8 @@ inline void Element::makeRoomFor(const Element& child) {
 void Element::makeRoomInIndexFor(const Element& child) {
     if (!index_) {
         auto index = std::make_unique<TagIndex>();
-        for (Element* c = first_.get(); c; c = c->next_.get()) index->makeRoomFor(c->tag());
-        for (Element* c = first_.get(); c; c = c->next_.get()) index->add(*c, nullptr);
+        for (Element* c = first_; c; c = c->next_) index->makeRoomFor(c->tag());
+        for (Element* c = first_; c; c = c->next_) index->add(*c, nullptr);
         index_ = std::move(index);
     }
     index_->makeRoomFor(child.tag());
@@ -254,7 +260,7 @@ inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* nex
     Element& e = *child;
     if (index_) {
         Element* alike = next;
-        while (alike && alike->tag() != e.tag()) alike = alike->next_.get();
+        while (alike && alike->tag() != e.tag()) alike = alike->next_;
         index_->add(e, alike);
     } else {
         ++childCount_;
@@ -268,11 +274,11 @@ inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* nex
     }
     lastFound_ = nullptr;
     e.parent_ = this;
-    std::shared_ptr<Element>& slot = next ? owning(*next) : first_ ? last()->next_ : first_;
     e.prev_ = next ? next->prev_ : first_ ? last() : &e;
-    e.next_ = std::move(slot);
-    slot = std::move(child);
-    (next ? next->prev_ : first_->prev_) = &e;
+    e.next_ = next;
+    (next == first_ ? first_ : e.prev_->next_) = &e;
+    (next ? next : first_)->prev_ = &e;
+    e.self_.keep(std::move(child));
 }
 
 std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
@@ -280,22 +286,12 @@ std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
         index_->remove(child);
     else
         --childCount_;
-    std::shared_ptr<Element>& slot = owning(child);
-    std::shared_ptr<Element> taken = std::move(slot);
-    slot = std::move(child.next_);
-    if (first_) (slot ? slot->prev_ : first_->prev_) = child.prev_;
-    child.prev_ = child.parent_ = nullptr;
+    Element* const next = child.next_;
+    (&child == first_ ? first_ : child.prev_->next_) = next;
+    if (first_) (next ? next : first_)->prev_ = child.prev_;
+    child.prev_ = child.next_ = child.parent_ = nullptr;
     lastFound_ = nullptr;
-    return taken;
-}
-
-// The pointer that keeps a child alive.
-const std::shared_ptr<Element>& Element::owning(const Element& child) const {
-    return &child == first_.get() ? first_ : child.prev_->next_;
-}
-
-std::shared_ptr<Element>& Element::owning(const Element& child) {
-    return const_cast<std::shared_ptr<Element>&>(std::as_const(*this).owning(child));
+    return child.self_.release();
 }
 
 const Element& Element::holder() const {

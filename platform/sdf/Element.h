@@ -3,8 +3,10 @@
 #include <any>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/Export.h"
@@ -36,7 +38,7 @@ public:
 ///
 /// Finding a key, taking a child out and appending one cost the same however
 /// many siblings there are.
-class TREL_PLATFORM_API Element : public std::enable_shared_from_this<Element> {
+class TREL_PLATFORM_API Element {
     struct Key {};  // only Create makes elements
 
 public:
@@ -71,6 +73,9 @@ public:
     Kind kind() const { return kind_; }
     Place place() const { return place_; }
     void setPlace(Place place) { place_ = place; }
+
+    /// The element, with a share in keeping it alive.
+    std::shared_ptr<Element> shared_from_this();
 
     /// The parent, or null when the element stands alone or is the root.
     std::shared_ptr<Element> parent() const;
@@ -169,8 +174,8 @@ public:
 
     /// \name All nodes in turn, notes and attributes included
     /// @{
-    const Element* firstChild() const { return first_.get(); }
-    const Element* nextSibling() const { return next_.get(); }
+    const Element* firstChild() const { return first_; }
+    const Element* nextSibling() const { return next_; }
     /// @}
 
     /// `observer` is told of every value written to any document, until
@@ -194,8 +199,6 @@ private:
     Element* find(std::string_view name) const;
     Element* findAnew(const Tag::Head& head, std::string_view name) const;
     Element* last() const { return first_ ? first_->prev_ : nullptr; }
-    const std::shared_ptr<Element>& owning(const Element& child) const;
-    std::shared_ptr<Element>& owning(const Element& child);
     const Element& holder() const;
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
@@ -207,10 +210,45 @@ private:
     template <typename T>
     T as(std::string_view name) const;
 
+    // What an element knows itself by. While it stands in a parent it keeps itself alive,
+    // for the parent to end: the pointers of a tree are plain ones, and who is given an
+    // element touches no other.
+    class Self {
+    public:
+        Self() noexcept : weak_() {}
+        ~Self() { weak_.~weak_ptr(); }  // who dies is not kept alive
+        Self(const Self&) = delete;
+        Self& operator=(const Self&) = delete;
+
+        void know(const std::shared_ptr<Element>& self) noexcept { weak_ = self; }
+        const std::shared_ptr<Element>& kept() const { return strong_; }
+        std::shared_ptr<Element> found() const { return weak_.lock(); }
+
+        void keep(std::shared_ptr<Element>&& self) noexcept {
+            weak_.~weak_ptr();
+            new (&strong_) std::shared_ptr<Element>(std::move(self));
+        }
+
+        std::shared_ptr<Element> release() noexcept {
+            std::shared_ptr<Element> self = std::move(strong_);
+            strong_.~shared_ptr();
+            new (&weak_) std::weak_ptr<Element>(self);
+            return self;
+        }
+
+    private:
+        union {
+            std::weak_ptr<Element> weak_;
+            std::shared_ptr<Element> strong_;
+        };
+    };
+
     // What finding and writing a key needs stands together.
     Tag tag_;
-    std::shared_ptr<Element> next_;
-    std::shared_ptr<Element> first_;        // children, each owning the next
+    unsigned id_ = 0;
+    Self self_;
+    Element* next_ = nullptr;
+    Element* first_ = nullptr;              // of the children
     mutable Element* lastFound_ = nullptr;  // the first child of its tag
     Element* prev_ = nullptr;               // of the first child the last one
     Element* parent_ = nullptr;
@@ -221,7 +259,6 @@ private:
     Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
     Element* prevAlike_ = nullptr;
     Place place_;
-    unsigned id_ = 0;
     unsigned mirrors_ = 0;
     Kind kind_;
     bool wasMirrored_ = false;

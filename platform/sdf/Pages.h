@@ -22,7 +22,7 @@ public:
     /// Room for an object of `size` bytes, at most `largest`.
     /// \throws std::bad_alloc
     void* take(std::size_t size) {
-        constexpr std::size_t unit = alignof(std::max_align_t);
+        constexpr std::size_t unit = alignof(void*);
         size = (size + unit - 1) / unit * unit;
         if (left_ < size) turn();
         ++taken_;
@@ -63,7 +63,7 @@ struct PageAllocator {
     explicit(false) PageAllocator(const PageAllocator<Other>& other) : pages(other.pages) {}
 
     T* allocate(std::size_t) {
-        static_assert(sizeof(T) <= Pages::largest && alignof(T) <= alignof(std::max_align_t));
+        static_assert(sizeof(T) <= Pages::largest && alignof(T) <= alignof(void*));
         return static_cast<T*>(pages->take(sizeof(T)));
     }
     void deallocate(T* room, std::size_t) noexcept { Pages::giveBack(room, sizeof(T)); }

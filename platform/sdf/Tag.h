@@ -57,7 +57,7 @@ private:
     }
 
     // Of a longer one the first that a head has, and where all of it stands.
-    std::array<char, 20> bytes_{};
+    std::array<char, 16> bytes_{};
     std::uint32_t size_;
 };
 

@@ -69,31 +69,37 @@ TREL_PLATFORM_API bool isAllowed(char32_t code);
 /// Bytes of the longest prefix that XML can hold.
 TREL_PLATFORM_API std::size_t allowedLength(std::string_view text);
 
-/// Bytes of the longest prefix of printable ASCII, which is most of a file.
-inline std::size_t plainLength(std::string_view text) {
-    using Word = std::uint64_t;
-    constexpr Word each = ~Word{0} / 0xFF;  // 1 in each byte
+/// Bytes of the longest prefix of good ones, of which eight at a time are looked at.
+template <typename AreGood, typename IsGood>
+std::size_t goodLength(std::string_view text, const AreGood& areGood, const IsGood& isGood) {
+    std::uint64_t word;
     std::size_t length = 0;
-    for (; text.size() - length >= sizeof(Word); length += sizeof(Word)) {
-        Word word;
+    for (; text.size() - length >= sizeof word; length += sizeof word) {
         std::memcpy(&word, text.data() + length, sizeof word);
-        if (((word - each * ' ') | word) & each * 0x80) break;
+        if (!areGood(word)) break;
     }
-    while (length < text.size() && text[length] >= ' ') ++length;
+    while (length < text.size() && isGood(text[length])) ++length;
     return length;
+}
+
+inline constexpr std::uint64_t eachByte = ~std::uint64_t{0} / 0xFF;
+
+/// Bytes of the longest prefix of printable ASCII and line ends, which is most of a file.
+inline std::size_t plainLength(std::string_view text) {
+    const auto arePlain = [](std::uint64_t word) {
+        const std::uint64_t low = word & eachByte * 0x7F;  // so that no sum is carried on
+        const std::uint64_t isPrintable = low + eachByte * (0x80 - ' ');
+        const std::uint64_t isNoLineEnd = (low ^ eachByte * '\n') + eachByte * 0x7F;
+        return (((~isPrintable & isNoLineEnd) | word) & eachByte * 0x80) == 0;
+    };
+    return goodLength(text, arePlain, [](char c) { return c >= ' ' || c == '\n'; });
 }
 
 /// Bytes of the longest prefix of ASCII.
 inline std::size_t asciiLength(std::string_view text) {
-    using Word = std::uint64_t;
-    std::size_t length = 0;
-    for (; text.size() - length >= sizeof(Word); length += sizeof(Word)) {
-        Word word;
-        std::memcpy(&word, text.data() + length, sizeof word);
-        if (word & (~Word{0} / 0xFF * 0x80)) break;
-    }
-    while (length < text.size() && static_cast<unsigned char>(text[length]) < 0x80) ++length;
-    return length;
+    return goodLength(
+        text, [](std::uint64_t word) { return (word & eachByte * 0x80) == 0; },
+        [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
 /// Bytes of the name that a text begins with, whose first `length` are known to be of it.

@@ -57,13 +57,13 @@ TEST(Pages, HaveRoomsOfTheirOwnForAll) {
 
 TEST(Pages, RoomsThatFollowEachOtherStandSideBySide) {
     Pages pages;
-    const auto* const first = static_cast<char*>(pages.take(184));
+    const auto* const first = static_cast<char*>(pages.take(181));
     const auto* const second = static_cast<char*>(pages.take(176));
     const auto* const third = static_cast<char*>(pages.take(1));
-    EXPECT_EQ(second - first, 192);
+    EXPECT_EQ(second - first, 184);
     EXPECT_EQ(third - second, 176);
     Pages::giveBack(const_cast<char*>(second), 176);
-    Pages::giveBack(const_cast<char*>(first), 184);
+    Pages::giveBack(const_cast<char*>(first), 181);
     Pages::giveBack(const_cast<char*>(third), 1);
 }
 

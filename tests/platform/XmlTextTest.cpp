@@ -7,6 +7,7 @@
 namespace {
 
 using sdf::xml::allowedLength;
+using sdf::xml::asciiLength;
 using sdf::xml::decode;
 using sdf::xml::isName;
 using sdf::xml::plainLength;
@@ -47,9 +48,24 @@ TEST(XmlText, EveryByteOfALongTextIsLookedAt) {
             text[at] = bad;
             EXPECT_EQ(allowedLength(text), at);
             EXPECT_EQ(plainLength(text), at);
+            EXPECT_EQ(asciiLength(text), bad == '\xFF' ? at : text.size());
         }
     EXPECT_EQ(allowedLength(std::string(24, '\t')), 24u);
-    EXPECT_EQ(plainLength(std::string(19, ' ') + '\n'), 19u);
+    EXPECT_EQ(plainLength(std::string(19, ' ') + '\t'), 19u);
+}
+
+// Each byte beside each other one, since eight of them are looked at as one number.
+TEST(XmlText, APlainByteDoesNotDependOnItsNeighbour) {
+    for (int a = 0; a != 256; ++a)
+        for (int b = 0; b != 256; ++b) {
+            std::string text(8, ' ');
+            text[3] = static_cast<char>(a);
+            text[4] = static_cast<char>(b);
+            const auto isPlain = [](int c) { return c == '\n' || (c >= ' ' && c < 0x80); };
+            const std::size_t plain = !isPlain(a) ? 3 : !isPlain(b) ? 4 : 8;
+            ASSERT_EQ(plainLength(text), plain) << a << ' ' << b;
+            ASSERT_EQ(asciiLength(text), a >= 0x80 ? 3u : b >= 0x80 ? 4u : 8u) << a << ' ' << b;
+        }
 }
 
 TEST(XmlText, KnowsNames) {
