@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <charconv>
@@ -164,15 +165,30 @@ const std::string& largeStation() {
     return text;
 }
 
-void load(benchmark::State& state) {
-    for (auto _ : state) sdf::Document::fromText(largeStation(), "station.xml");
-    state.SetItemsProcessed(std::int64_t{many} * state.iterations());
+std::unique_ptr<sdf::Document> byOurs(const std::string& text) {
+    return std::make_unique<sdf::Document>(sdf::Document::fromText(text, "station.xml"));
 }
 
-void loadByPugixml(benchmark::State& state) {
+std::unique_ptr<pugi::xml_document> byPugixml(const std::string& text) {
+    auto document = std::make_unique<pugi::xml_document>();
+    document->load_buffer(text.data(), text.size());
+    return document;
+}
+
+// What a program meets that opens its first station, and one that has closed another.
+enum class Heap { New, Used };
+
+enum class Stage { Loading, Closing };
+
+template <typename Load>
+void open(benchmark::State& state, const Load& load, Stage stage, Heap heap) {
+    const std::string& text = largeStation();
     for (auto _ : state) {
-        pugi::xml_document document;
-        document.load_buffer(largeStation().data(), largeStation().size());
+        if (heap == Heap::New) ::malloc_trim(0);
+        decltype(load(text)) document;
+        const double loading = timeOf([&] { document = load(text); });
+        const double closing = timeOf([&] { document.reset(); });
+        state.SetIterationTime(stage == Stage::Loading ? loading : closing);
     }
     state.SetItemsProcessed(std::int64_t{many} * state.iterations());
 }
@@ -303,8 +319,15 @@ const bool registered = [] {
             add(work + (n == many ? "/ours" : "/n = " + std::to_string(n)), oneOf, n, isCold);
         add(work + "/sigc++", oneOfSigc, many, isCold);
     }
-    add("loading 100000/ours", load);
-    add("loading 100000/pugixml", loadByPugixml);
+    const auto addOpening = [](const std::string& work, Stage stage, Heap heap) {
+        const auto ours = [=](benchmark::State& state) { open(state, byOurs, stage, heap); };
+        const auto pugixml = [=](benchmark::State& state) { open(state, byPugixml, stage, heap); };
+        add(work + "/ours", ours)->UseManualTime()->Iterations(1);
+        add(work + "/pugixml", pugixml)->UseManualTime()->Iterations(1);
+    };
+    addOpening("loading 100000", Stage::Loading, Heap::New);
+    addOpening("loading another 100000", Stage::Loading, Heap::Used);
+    addOpening("closing 100000", Stage::Closing, Heap::New);
     add("saving 100000/ours", save);
     add("saving 100000/pugixml", saveByPugixml);
     for (const auto& [type, numbers] :

@@ -68,7 +68,7 @@ private:
     bool isAt(std::string_view token) const { return rest().starts_with(token); }
     bool isAt(char c) const { return pos_ < text_.size() && text_[pos_] == c; }
     bool hasRoot() const { return !found_.rootTag.empty(); }
-    bool isAtTagEnd() const { return isAt('>') || (isAt('/') && isAt("/>")); }
+    bool isAtTagEnd() const { return isAt('>') || xml::is(rest().substr(0, 2), "/>"); }
     std::size_t lastCut() const { return found_.cuts.empty() ? 0 : found_.cuts.back(); }
     bool skipBlanks();
     std::string_view name(std::string_view bearer);

@@ -155,9 +155,9 @@ std::shared_ptr<Element> DocumentReader::element(const xml_node& node, bool insi
 }
 
 void DocumentReader::attribute(std::string_view name, const char* value, Element& e) {
-    if (name == "id") {
+    if (xml::is(name, "id")) {
         e.id_ = idOf(value, offsetOf(value));
-    } else if (name == "name") {
+    } else if (xml::is(name, "name")) {
         e.setName(value);
     } else if (const valuetext::Parser parser = valuetext::parserOf(name)) {
         ownValue(e, name, value, parser);

@@ -13,6 +13,7 @@
 #include "platform/rob/PoseTemplate.h"
 #include "platform/rob/Vec3Template.h"
 #include "platform/sdf/Attr.h"
+#include "platform/sdf/XmlText.h"
 
 namespace sdf::valuetext {
 
@@ -166,20 +167,15 @@ bool parseAs(std::string_view text, std::any& to) {
 }  // namespace
 
 Parser parserOf(std::string_view type) {
-    struct Entry {
-        std::string_view type;
-        Parser parser;
-    };
-    static constexpr std::array<Entry, 8> parsers = {{{"string", parseAs<std::string>},
-                                                      {"bool", parseAs<bool>},
-                                                      {"int", parseAs<int>},
-                                                      {"uint", parseAs<unsigned>},
-                                                      {"uint64", parseAs<unsigned long long>},
-                                                      {"double", parseAs<double>},
-                                                      {"vec3", parseAs<Vec3>},
-                                                      {"pose", parseAs<Pose>}}};
-    for (const Entry& entry : parsers)
-        if (entry.type == type) return entry.parser;
+    using xml::is;
+    if (is(type, "string")) return parseAs<std::string>;
+    if (is(type, "bool")) return parseAs<bool>;
+    if (is(type, "int")) return parseAs<int>;
+    if (is(type, "uint")) return parseAs<unsigned>;
+    if (is(type, "uint64")) return parseAs<unsigned long long>;
+    if (is(type, "double")) return parseAs<double>;
+    if (is(type, "vec3")) return parseAs<Vec3>;
+    if (is(type, "pose")) return parseAs<Pose>;
     return nullptr;
 }
 

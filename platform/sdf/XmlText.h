@@ -53,6 +53,13 @@ constexpr std::size_t behindBlanks(std::string_view text, std::size_t at) {
     return at;
 }
 
+/// Whether both are equal; a comparison of known length takes no call.
+template <std::size_t n>
+constexpr bool is(std::string_view text, const char (&literal)[n]) {
+    return text.size() == n - 1 &&
+           std::char_traits<char>::compare(text.data(), literal, n - 1) == 0;
+}
+
 /// One character and the number of bytes that it takes.
 struct Character {
     char32_t code;
