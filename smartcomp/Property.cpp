@@ -21,6 +21,14 @@ constexpr std::array<std::string_view, 10> typeNames = {"ObjectId", "Int32",    
                                                         "Orient",   "ReferenceFrame", "Index",
                                                         "Error"};
 
+// A text mostly follows one of the same length, and takes its place without a call.
+void assign(std::string& to, const std::string& from) {
+    if (to.size() == from.size())
+        from.copy(to.data(), from.size());
+    else
+        to = from;
+}
+
 // Three numbers with the same decimals, and the unit.
 std::string displayThree(double a, double b, double c, bool whole, const char* unit) {
     const int decimals = whole ? 0 : 2;
@@ -98,38 +106,38 @@ Property* Property::setValue(const std::string& value) {
     return wasText_ ? setText(value) : setOther(value);
 }
 
-// A text is put back from its mirror, without a copy.
-Property* Property::setText(const std::string& value) {
+// Has the element take the text and keeps what it made of it; `putBack` undoes that
+// where there is no memory to keep it.
+template <typename PutBack>
+Property* Property::take(const std::string& value, const PutBack& putBack) {
     element()->setValueFromString(value);
     try {
         readValue();
     } catch (...) {
-        element()->setValueFromString(value_);
+        putBack();
         throw;
     }
     return this;
 }
 
+// A text is put back from its mirror, without a copy.
+Property* Property::setText(const std::string& value) {
+    return take(value, [this] { element()->setValueFromString(value_); });
+}
+
+// Apart from the deliveries of texts, which nest and have no stack to spare for a value.
 [[gnu::noinline]] Property* Property::setOther(const std::string& value) {
     const std::any old = element()->value();
     if (old.type() == typeid(std::string)) {
         wasText_ = true;
         return setText(value);
     }
-    element()->setValueFromString(value);
-    try {
-        readValue();
-    } catch (...) {
-        element()->setValue(old);
-        throw;
-    }
-    return this;
+    return take(value, [&] { element()->setValue(old); });
 }
 
-// From the element, whatever it made of the text.
 void Property::readValue() {
     if (const auto* const text = std::any_cast<std::string>(&element()->value())) [[likely]]
-        value_ = *text;
+        assign(value_, *text);
     else
         readOther();
 }

@@ -95,6 +95,8 @@ private:
 
     explicit Property(std::shared_ptr<sdf::Element> element);
 
+    template <typename PutBack>
+    Property* take(const std::string& value, const PutBack& putBack);
     Property* setText(const std::string& value);
     Property* setOther(const std::string& value);
     void readValue();

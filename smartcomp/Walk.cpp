@@ -5,6 +5,7 @@
 
 namespace trel::smartcomp {
 
+// Apart from the deliveries, most of which begin where the routes are known.
 [[gnu::noinline]] void Walk::followAnew(RouteHint& hint) {
     if (const Wiring* const wiring = owner().wiring(over_)) {
         wiring->find(component_, member_, hint);

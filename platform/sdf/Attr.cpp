@@ -54,7 +54,10 @@ void Attr::set(std::any&& value) {
 
 bool Attr::setText(std::string_view text) {
     auto* const held = std::any_cast<std::string>(&value_);
-    if (held) *held = text;
+    if (held && held->size() == text.size())  // as mostly, and then without a call
+        text.copy(held->data(), text.size());
+    else if (held)
+        *held = text;
     return held != nullptr;
 }
 
