@@ -41,7 +41,7 @@ private:
 
     // A heap that keeps its own notes beside what it gives finds room for the next page
     // at the next multiple of the alignment.
-    static constexpr std::size_t alignment = 64 * largest;
+    static constexpr std::size_t alignment = 256 * largest;
     static constexpr std::size_t pageSize = alignment - 64;
 
     void turn();
