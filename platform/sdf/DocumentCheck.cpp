@@ -13,7 +13,7 @@ namespace {
 
 // Bytes of a text between two cuts, or more: what the parser makes of so many stays in
 // the processor's second cache until it is read.
-constexpr std::size_t pieceSize = 32 * 1024;
+constexpr std::size_t pieceSize = std::size_t{32} * 1024;
 
 std::string hex(unsigned number, std::size_t digits) {
     std::array<char, 8> buffer;
