@@ -1,17 +1,8 @@
 #include "platform/sdf/SdfManager.h"
 
 #include <mutex>
-#include <random>
 
 namespace sdf {
-
-std::uint64_t IdHash::processFactor() {
-    static const std::uint64_t factor = [] {
-        std::random_device random;
-        return static_cast<std::uint64_t>(random()) << 32 | random() | 1;
-    }();
-    return factor;
-}
 
 SdfManager* SdfManager::inst() {
     static auto* const manager = new SdfManager;

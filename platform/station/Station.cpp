@@ -132,7 +132,7 @@ void Station::adopt(sdf::Document document) {
     auto object = std::make_unique<sdf::SdfObject>(document.root(), sdf::ObjectType::Station);
     sdf::SdfManager& manager = *sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());
-    manager.objects().insert_or_assign(id, object.get());
+    manager.objects()[id] = object.get();
     object_ = std::move(object);
     logic_ = std::move(logic);
     document_ = std::move(document);
