@@ -142,6 +142,7 @@ void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long
     deliverAlong(reading, *this, id(), signalAt(signalId), value,
                  [time](sdf::SdfObject* object, unsigned signal, InputHint& hint, int delivered) {
                      as<SmartComponent>(object).handle(signal, hint, delivered, time);
+                     return object;
                  });
 }
 

@@ -319,8 +319,8 @@ bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) c
     return since.any() && (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
-void SmartComponent::deliverStatic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                                   const SignalValue& value) {
+void SmartComponent::setStaticOf(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                                 const SignalValue& value) {
     if (auto* const component = castTo<SmartComponent>(destination))
         return component->setStatic(signalId, hint, value);
     deliverStaticToController(destination, signalId, value);
@@ -363,7 +363,7 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
 void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
                                        SignalValue value) {
     InputHint hint;
-    deliverStatic(objectAt(dstComponentId), dstSignalId, hint, value);
+    setStaticOf(objectAt(dstComponentId), dstSignalId, hint, value);
 }
 
 // Signal values while the simulation runs.
@@ -386,6 +386,18 @@ void SmartComponent::handle(unsigned id, InputHint& hint, int value, long long t
         handleOutputSignal(id, value, time);
 }
 
+// A component that was found gets both values of a pulse; of a controller nobody here knows how
+// long it lives.
+[[gnu::always_inline]] inline sdf::SdfObject* SmartComponent::deliverDynamic(
+    sdf::SdfObject* destination, unsigned signalId, InputHint& hint, int value, long long time) {
+    if (auto* const component = castTo<SmartComponent>(destination)) {
+        component->handle(signalId, hint, value, time);
+        return destination;
+    }
+    deliverDynamicToController(destination, signalId, value);
+    return nullptr;
+}
+
 inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value,
                                                          long long time) {
     if (isStationLogic()) return;
@@ -393,15 +405,8 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
     deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
                  [time](sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
                         int delivered) {
-                     deliverDynamic(destination, signalId, hint, delivered, time);
+                     return deliverDynamic(destination, signalId, hint, delivered, time);
                  });
-}
-
-void SmartComponent::deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                                    int value, long long time) {
-    if (auto* const component = castTo<SmartComponent>(destination))
-        return component->handle(signalId, hint, value, time);
-    deliverDynamicToController(destination, signalId, value);
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {

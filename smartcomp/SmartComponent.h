@@ -1,6 +1,7 @@
 #pragma once
 
 #include <any>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -248,8 +249,14 @@ private:
     void handleAnew(unsigned id, InputHint& hint, int value, long long time);
     void setStatic(unsigned id, InputHint& hint, const SignalValue& value);
     void handle(unsigned id, InputHint& hint, int value, long long time);
-    static void deliverStatic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                              const SignalValue& value);
+    static void setStaticOf(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
+                            const SignalValue& value);
+    // Each value of a static pulse has its own look-up.
+    static std::nullptr_t deliverStatic(sdf::SdfObject* destination, unsigned signalId,
+                                        InputHint& hint, const SignalValue& value) {
+        setStaticOf(destination, signalId, hint, value);
+        return nullptr;
+    }
     // The text that is offered along bindings now, which stays as it is meanwhile.
     static inline const std::string* offered_ = nullptr;
     class Offer {
@@ -277,8 +284,8 @@ private:
     void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
-    static void deliverDynamic(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                               int value, long long time);
+    static sdf::SdfObject* deliverDynamic(sdf::SdfObject* destination, unsigned signalId,
+                                          InputHint& hint, int value, long long time);
     SCSignal* beginStaticOutput(unsigned id, const SignalValue& value);
     SCSignal* beginDynamicOutput(unsigned id, int value);
     bool isBeingSet(unsigned id, const SignalValue& value);

@@ -148,12 +148,14 @@ template <typename Value, typename Deliver>
                                        unsigned component, SCSignal& source, const Value& value,
                                        Deliver deliver) {
     Walk walk(owner, component, source, Walk::known(owner, source));
-    const auto deliverOne = [&](const Value& one) {
-        if (!walk.announce(reading, one)) return;
-        deliver(reading.last(walk.component()), walk.member(), walk.hint(), one);
-        walk.done(one);
-    };
     while (walk.next()) {
+        sdf::SdfObject* same = nullptr;
+        const auto deliverOne = [&](const Value& one) {
+            if (!walk.announce(reading, one)) return;
+            same = deliver(same ? same : reading.last(walk.component()), walk.member(), walk.hint(),
+                           one);
+            walk.done(one);
+        };
         deliverOne(value);
         if (source.isAutoReset() && walk.reaches()) deliverOne(Value(0));
     }
@@ -163,7 +165,9 @@ template <typename Value, typename Deliver>
 /// Delivers `value` along the signal connections of `owner` that begin at
 /// `source`, a signal of `component`, front to back. An auto-reset signal sends a
 /// pulse: each destination gets 0 right after the value. Who calls holds the
-/// component, and may have begun to read the object table.
+/// component, and may have begun to read the object table. `deliver` gives back the object
+/// that gets the 0 too, which has to live while it is reached; or nothing, where every value
+/// has its own look-up.
 template <typename Value, typename Deliver>
 [[gnu::always_inline]] inline void deliverAlong(TableReading& reading, Aggregation& owner,
                                                 unsigned component, SCSignal& source,
@@ -176,9 +180,10 @@ template <typename Value, typename Deliver>
         return deliverObserved(reading, owner, component, source, value, deliver);
     Walk walk(owner, component, source, wiring);
     while (walk.next()) {
-        deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);
+        sdf::SdfObject* const same =
+            deliver(reading.last(walk.component()), walk.member(), walk.hint(), value);
         if (source.isAutoReset() && walk.reaches())
-            deliver(reading.last(walk.component()), walk.member(), walk.hint(), zero);
+            deliver(same ? same : reading.last(walk.component()), walk.member(), walk.hint(), zero);
     }
     reading.end();
 }
