@@ -39,8 +39,10 @@ public:
         return all;
     }
 
-    /// A mark that is there keeps its value.
-    void begin(unsigned id, const Value& value) {
+    /// A mark that is there keeps its value. Another is made of what is given where it
+    /// stands: what is written as a part and read back as a whole keeps the processor waiting.
+    template <typename Given>
+    void begin(unsigned id, const Given& value) {
         if (!one_ && noOthers())
             one_.emplace(id, value);
         else if (!find(id))
