@@ -156,19 +156,18 @@ std::shared_ptr<Element> Element::setId(unsigned id) {
 // The first node of that tag; notes have tags that are no keys.
 inline Element* Element::find(std::string_view name) const {
     if (!first_) return nullptr;
-    const Tag::Head head(name);
-    if (lastFound_ && lastFound_->tag_.is(head, name)) return lastFound_;
-    return findAnew(head, name);
+    if (lastFound_ && lastFound_->tag_.is(name)) return lastFound_;
+    return findAnew(name);
 }
 
-[[gnu::noinline]] Element* Element::findAnew(const Tag::Head& head, std::string_view name) const {
+[[gnu::noinline]] Element* Element::findAnew(std::string_view name) const {
     if (index_) {
         Element* e = index_->first(name);
         while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
         return e;
     }
     for (Element* e = first_; e; e = e->next_)
-        if (e->tag_.is(head, name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
+        if (e->tag_.is(name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
     return nullptr;
 }
 

@@ -197,7 +197,7 @@ private:
     static std::shared_ptr<Element> Make(Kind kind, std::string_view tag);
 
     Element* find(std::string_view name) const;
-    Element* findAnew(const Tag::Head& head, std::string_view name) const;
+    Element* findAnew(std::string_view name) const;
     Element* last() const { return first_ ? first_->prev_ : nullptr; }
     const Element& holder() const;
     Element& holder();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -10,27 +11,18 @@
 
 namespace sdf {
 
-/// The tag of an element. Most are found to be equal by looking at one word and the
-/// size, and stand in place.
+/// The tag of an element. Most stand in place, and are compared without a call.
 class TREL_PLATFORM_API Tag {
 public:
-    /// What a text is looked for by.
-    struct Head {
-        explicit Head(std::string_view text) : size(static_cast<std::uint32_t>(text.size())) {
-            text.copy(reinterpret_cast<char*>(&bytes), sizeof bytes);
-        }
-
-        std::uint64_t bytes = 0;  // the first ones
-        std::uint32_t size;
-    };
-
     explicit Tag(std::string_view text) : size_(static_cast<std::uint32_t>(text.size())) {
-        text.copy(bytes_.data(), isInPlace() ? bytes_.size() : sizeof Head::bytes);
-        if (isInPlace()) return;
+        if (isInPlace()) {
+            text.copy(bytes_.data(), bytes_.size());
+            return;
+        }
         auto whole = std::make_unique<char[]>(text.size());
         text.copy(whole.get(), text.size());
         const char* const released = whole.release();
-        std::memcpy(&bytes_[sizeof Head::bytes], &released, sizeof released);
+        std::memcpy(bytes_.data(), &released, sizeof released);
     }
     ~Tag() {
         if (!isInPlace()) delete[] whole();
@@ -40,24 +32,39 @@ public:
 
     std::string_view text() const { return {isInPlace() ? bytes_.data() : whole(), size_}; }
 
-    /// Whether this is `text`, whose head is given.
-    bool is(const Head& head, std::string_view text) const {
-        std::uint64_t first;
-        std::memcpy(&first, bytes_.data(), sizeof first);
-        return size_ == head.size && first == head.bytes &&
-               (size_ <= sizeof first || this->text() == text);
+    bool is(std::string_view text) const {
+        if (size_ != text.size()) return false;
+        if (!isInPlace()) return this->text() == text;
+        const char* const own = bytes_.data();
+        if (size_ >= sizeof(std::uint64_t)) return agree<std::uint64_t>(own, text);
+        if (size_ >= sizeof(std::uint32_t)) return agree<std::uint32_t>(own, text);
+        if (size_ >= sizeof(std::uint16_t)) return agree<std::uint16_t>(own, text);
+        return size_ == 0 || *own == text.front();
     }
 
 private:
     bool isInPlace() const { return size_ <= bytes_.size(); }
     const char* whole() const {
         const char* text;
-        std::memcpy(&text, &bytes_[sizeof Head::bytes], sizeof text);
+        std::memcpy(&text, bytes_.data(), sizeof text);
         return text;
     }
 
-    // Of a longer one the first that a head has, and where all of it stands.
-    std::array<char, 16> bytes_{};
+    // Whether the first words are the same and the last ones, which meet or overlap.
+    template <typename Word>
+    static bool agree(const char* own, std::string_view text) {
+        const std::size_t last = text.size() - sizeof(Word);
+        return wordAt<Word>(own) == wordAt<Word>(text.data()) &&
+               wordAt<Word>(own + last) == wordAt<Word>(text.data() + last);
+    }
+    template <typename Word>
+    static Word wordAt(const char* place) {
+        Word word;
+        std::memcpy(&word, place, sizeof word);
+        return word;
+    }
+
+    std::array<char, 16> bytes_{};  // or where all of it stands
     std::uint32_t size_;
 };
 
