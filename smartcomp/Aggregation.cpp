@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "smartcomp/Deliver.h"
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
@@ -140,25 +141,37 @@ void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long
     TableReading reading;
     // To a component: inwards there are no controllers.
     deliverAlong(reading, *this, id(), signalAt(signalId), value,
-                 [time](sdf::SdfObject* object, unsigned signal, InputHint& hint, int delivered) {
-                     as<SmartComponent>(object).handle(signal, hint, delivered, time);
-                     return object;
-                 });
+                 [time](sdf::SdfObject* object, unsigned signal, InputHint& hint, int delivered)
+                     __attribute__((always_inline)) {
+                         as<SmartComponent>(object).handle(signal, hint, delivered, time);
+                         return object;
+                     });
+}
+
+inline void Aggregation::propagateStaticInputSignal(SCSignal& source, const SignalValue& value) {
+    TableReading reading;
+    deliverAlong(reading, *this, id(), source, value, StaticDelivery());
 }
 
 void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {
     if (!isHeld()) [[unlikely]]
         return whileHeld([=, this] { Aggregation::setStaticInputSignal(signalId, value); });
-    if (isRemoved() || checkSignalIsSet(signalId, value)) return;
-    const Removals::Since since;
-    SmartComponent::setStaticInputSignal(signalId, value);
-    if (!since.signal(id(), signalId)) propagateStaticInputSignal(signalId, value);
+    SCSignal* const signal = beginStaticInput(signalId, value);
+    if (!signal) return;
+    propagateStaticInputSignal(*signal, value);
     endSetSignalValue(signalId);
 }
 
-void Aggregation::propagateStaticInputSignal(unsigned signalId, SignalValue value) {
-    TableReading reading;
-    deliverAlong(reading, *this, id(), signalAt(signalId), value, deliverStatic);
+// Stores, tells and marks the value; null when it is not to be passed inwards. Apart from
+// the delivery, which nests and has no stack to spare.
+[[gnu::noinline]] SCSignal* Aggregation::beginStaticInput(unsigned signalId,
+                                                          const SignalValue& value) {
+    if (isRemoved() || checkSignalIsSet(signalId, value)) return nullptr;
+    const Removals::Since since;
+    SmartComponent::setStaticInputSignal(signalId, value);
+    if (!since.signal(id(), signalId)) return &signalAt(signalId);
+    endSetSignalValue(signalId);
+    return nullptr;
 }
 
 // Children.

@@ -179,7 +179,8 @@ private:
     void swapWithNeighbour(unsigned id, int step);
     void writeXY(unsigned childId, int x, int y);
     void propagateDynamicInputSignal(unsigned signalId, int value, long long time);
-    void propagateStaticInputSignal(unsigned signalId, SignalValue value);
+    SCSignal* beginStaticInput(unsigned signalId, const SignalValue& value);
+    void propagateStaticInputSignal(SCSignal& source, const SignalValue& value);
 
     unsigned roleObject_ = 0;
     std::unordered_map<unsigned, std::pair<int, int>> childPositions_;

@@ -8,6 +8,7 @@
 #include "platform/station/ControllerInterface.h"
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
+#include "smartcomp/Deliver.h"
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
@@ -15,7 +16,6 @@
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/StationLogic.h"
 #include "smartcomp/Text.h"
-#include "smartcomp/Walk.h"
 
 namespace trel::smartcomp {
 
@@ -29,18 +29,13 @@ namespace {
     SignalBroker::reportEvent(code, component.name(), member, value);
 }
 
-// Apart from the deliveries to components, which have no stack to spare either.
-[[gnu::noinline]] void deliverStaticToController(sdf::SdfObject* controller, unsigned signalId,
-                                                 const SignalValue& value) {
-    as<ControllerInterface>(controller).setSignalValue(signalId, value, false);
-}
-
-[[gnu::noinline]] void deliverDynamicToController(sdf::SdfObject* controller, unsigned signalId,
-                                                  int value) {
-    as<ControllerInterface>(controller).setSignalValue(signalId, value, true);
-}
-
 }  // namespace
+
+// Apart from the deliveries to components, which have no stack to spare.
+[[gnu::noinline]] void sendToController(sdf::SdfObject* controller, unsigned signalId,
+                                        const SignalValue& value, bool isDynamic) {
+    as<ControllerInterface>(controller).setSignalValue(signalId, value, isDynamic);
+}
 
 SmartComponent::SmartComponent(std::shared_ptr<sdf::Element> element, sdf::ObjectType type)
     : AttachableNode(element, type) {
@@ -293,18 +288,6 @@ void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
     setStatic(id, hint, value);
 }
 
-void SmartComponent::setStatic(unsigned id, InputHint& hint, const SignalValue& value) {
-    if (hint.state != signalsNumber_) [[unlikely]]
-        return setStaticAnew(id, hint, value);
-    const NestedHold hold(*this);
-    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
-        hint.ahead = aheadOfSignal();
-    if (hint.isInput)
-        setStaticInputSignal(id, value);
-    else
-        setStaticOutputSignal(id, value);
-}
-
 void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) {
     const Hold hold(*this);
     SCSignal& signal = signalAt(signalId);
@@ -319,19 +302,12 @@ bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) c
     return since.any() && (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
-void SmartComponent::setStaticOf(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                                 const SignalValue& value) {
-    if (auto* const component = castTo<SmartComponent>(destination))
-        return component->setStatic(signalId, hint, value);
-    deliverStaticToController(destination, signalId, value);
-}
-
 inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
                                                         const SignalValue& value) {
     if (getObjParentId() == 0) return;
     TableReading reading;
     deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
-                 deliverStatic);
+                 StaticDelivery());
 }
 
 void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
@@ -363,7 +339,7 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
 void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
                                        SignalValue value) {
     InputHint hint;
-    setStaticOf(objectAt(dstComponentId), dstSignalId, hint, value);
+    StaticDelivery()(objectAt(dstComponentId), dstSignalId, hint, value);
 }
 
 // Signal values while the simulation runs.
@@ -374,39 +350,12 @@ void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
     handle(id, hint, value, time);
 }
 
-void SmartComponent::handle(unsigned id, InputHint& hint, int value, long long time) {
-    if (hint.state != signalsNumber_) [[unlikely]]
-        return handleAnew(id, hint, value, time);
-    const NestedHold hold(*this);
-    if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
-        hint.ahead = aheadOfSignal();
-    if (hint.isInput)
-        handleInputSignal(id, value, time);
-    else
-        handleOutputSignal(id, value, time);
-}
-
-// A component that was found gets both values of a pulse; of a controller nobody here knows how
-// long it lives.
-[[gnu::always_inline]] inline sdf::SdfObject* SmartComponent::deliverDynamic(
-    sdf::SdfObject* destination, unsigned signalId, InputHint& hint, int value, long long time) {
-    if (auto* const component = castTo<SmartComponent>(destination)) {
-        component->handle(signalId, hint, value, time);
-        return destination;
-    }
-    deliverDynamicToController(destination, signalId, value);
-    return nullptr;
-}
-
 inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value,
                                                          long long time) {
     if (isStationLogic()) return;
     TableReading reading;
     deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
-                 [time](sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                        int delivered) {
-                     return deliverDynamic(destination, signalId, hint, delivered, time);
-                 });
+                 DynamicDelivery{time});
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {

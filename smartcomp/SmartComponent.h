@@ -1,7 +1,6 @@
 #pragma once
 
 #include <any>
-#include <cstddef>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -249,14 +248,8 @@ private:
     void handleAnew(unsigned id, InputHint& hint, int value, long long time);
     void setStatic(unsigned id, InputHint& hint, const SignalValue& value);
     void handle(unsigned id, InputHint& hint, int value, long long time);
-    static void setStaticOf(sdf::SdfObject* destination, unsigned signalId, InputHint& hint,
-                            const SignalValue& value);
-    // Each value of a static pulse has its own look-up.
-    static std::nullptr_t deliverStatic(sdf::SdfObject* destination, unsigned signalId,
-                                        InputHint& hint, const SignalValue& value) {
-        setStaticOf(destination, signalId, hint, value);
-        return nullptr;
-    }
+    struct StaticDelivery;
+    struct DynamicDelivery;
     // The text that is offered along bindings now, which stays as it is meanwhile.
     static inline const std::string* offered_ = nullptr;
     class Offer {
@@ -284,8 +277,6 @@ private:
     void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
-    static sdf::SdfObject* deliverDynamic(sdf::SdfObject* destination, unsigned signalId,
-                                          InputHint& hint, int value, long long time);
     SCSignal* beginStaticOutput(unsigned id, const SignalValue& value);
     SCSignal* beginDynamicOutput(unsigned id, int value);
     bool isBeingSet(unsigned id, const SignalValue& value);
