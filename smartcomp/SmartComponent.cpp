@@ -84,8 +84,13 @@ std::any SmartComponent::getPropertyValueImpl(unsigned) {
 
 Property* SmartComponent::getProperty(unsigned id) const {
     if (!held_.lastProperty || held_.lastProperty->id() != id)
-        held_.lastProperty = atFew(properties_, id);
+        held_.lastProperty = findProperty(id);
     return held_.lastProperty;
+}
+
+// Apart from the deliveries, most of which ask for the one that was asked for last.
+[[gnu::noinline]] Property* SmartComponent::findProperty(unsigned id) const {
+    return atFew(properties_, id);
 }
 
 SignalInterface* SmartComponent::getSignal(unsigned id) const { return atFew(signals_, id); }

@@ -241,6 +241,7 @@ private:
         mutable Property* lastProperty = nullptr;
     };
 
+    Property* findProperty(unsigned id) const;
     bool renew(InputHint& hint, unsigned signalId) const;
     Ahead aheadOfSignal() const;
     Ahead aheadOfProperty() const;

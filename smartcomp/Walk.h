@@ -88,7 +88,7 @@ public:
 
     /// Whether neither the source nor the destination was removed since the walk
     /// began.
-    bool reaches() const {
+    [[gnu::always_inline]] bool reaches() const {
         return !since_.any() || (!isGone(component_, member_) && !isGone(component(), member()));
     }
 
