@@ -315,18 +315,8 @@ inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
                  StaticDelivery());
 }
 
-void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
-    if (!isHeld()) [[unlikely]]
-        return whileHeld([=, this] { setStaticOutputSignal(id, value); });
-    SCSignal* const signal = beginStaticOutput(id, value);
-    if (!signal) return;
-    propagateStaticOutputSignal(*signal, value);
-    // Not reached after a throw: the mark of an interrupted setting stays.
-    settingSignalValues_.end(id);
-}
-
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::noinline]] SCSignal* SmartComponent::beginStaticOutput(unsigned id,
+[[gnu::always_inline]] inline SCSignal* SmartComponent::beginStaticOutput(unsigned id,
                                                               const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
@@ -339,6 +329,16 @@ void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
     if (isCutOff(since, id)) return nullptr;
     settingSignalValues_.begin(id, value);
     return &signal;
+}
+
+void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { setStaticOutputSignal(id, value); });
+    SCSignal* const signal = beginStaticOutput(id, value);
+    if (!signal) return;
+    propagateStaticOutputSignal(*signal, value);
+    // Not reached after a throw: the mark of an interrupted setting stays.
+    settingSignalValues_.end(id);
 }
 
 void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSignalId,
@@ -363,19 +363,9 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
                  DynamicDelivery{time});
 }
 
-void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
-    if (!isHeld()) [[unlikely]]
-        return whileHeld([=, this] { handleOutputSignal(id, value, time); });
-    SCSignal* const signal = beginDynamicOutput(id, value);
-    if (!signal) return;
-    propagateDynamicOutputSignal(*signal, value, time);
-    // Not reached after a throw: the mark of an interrupted setting stays.
-    settingSignalValues_.end(id);
-}
-
 // Stores, tells and marks the value; null when it is not to be delivered. Apart
 // from the delivery, which nests and has no stack to spare.
-[[gnu::noinline]] SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
+[[gnu::always_inline]] inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     const int old = signal.SCSignal::getDigitalValue();
@@ -388,6 +378,16 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
     if (isCutOff(since, id)) return nullptr;
     settingSignalValues_.begin(id, value);
     return &signal;
+}
+
+void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
+    if (!isHeld()) [[unlikely]]
+        return whileHeld([=, this] { handleOutputSignal(id, value, time); });
+    SCSignal* const signal = beginDynamicOutput(id, value);
+    if (!signal) return;
+    propagateDynamicOutputSignal(*signal, value, time);
+    // Not reached after a throw: the mark of an interrupted setting stays.
+    settingSignalValues_.end(id);
 }
 
 // The marks of what is being set.
