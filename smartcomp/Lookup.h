@@ -83,7 +83,7 @@ public:
     /// \throws as `at`.
     sdf::SdfObject* next(unsigned id) {
         if (!manager_) manager_ = begin();
-        return objectIn(*manager_, id);
+        return at(manager_->objects(), id);
     }
 
     /// The same, and lets the lock go.
@@ -99,13 +99,9 @@ public:
 
 private:
     [[gnu::always_inline]] static sdf::SdfManager* begin() {
-        sdf::SdfManager* const manager = sdf::SdfManager::inst();
+        static sdf::SdfManager* const manager = sdf::SdfManager::inst();
         manager->mutex().lock_shared();
         return manager;
-    }
-    // Apart from the deliveries, which nest and have no stack to spare.
-    [[gnu::noinline]] static sdf::SdfObject* objectIn(sdf::SdfManager& manager, unsigned id) {
-        return at(manager.objects(), id);
     }
 
     sdf::SdfManager* manager_ = nullptr;  // while its lock is held

@@ -160,6 +160,18 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 
 // Property values.
 
+// Stores, marks and tells the text; null when it is not to be passed on.
+[[gnu::always_inline]] inline Property* SmartComponent::beginProperty(unsigned propertyId,
+                                                                      const std::string& text) {
+    if (isRemoved()) return nullptr;
+    const Removals::Since since;
+    Property* const property = getProperty(propertyId)->setValue(text);
+    settingPropertyValues_.begin(propertyId, text);
+    notifyPropertyValueChanged(propertyId);
+    const bool isGone = since.property(id(), propertyId) || since.component(getObjParentId());
+    return isGone ? nullptr : property;
+}
+
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
     if (&value != offered_ || !isHeld()) return setCopyOf(propertyId, value);
     const Removals::Since since;
@@ -176,19 +188,6 @@ void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& va
     const std::string text = value;  // NOLINT(performance-unnecessary-copy-initialization)
     const Offer offer(text);
     SmartComponent::setPropertyValue(propertyId, text);
-}
-
-// Stores, marks and tells the text; null when it is not to be passed on. Apart from
-// the deliveries, which nest and have no stack to spare.
-[[gnu::noinline]] Property* SmartComponent::beginProperty(unsigned propertyId,
-                                                          const std::string& text) {
-    if (isRemoved()) return nullptr;
-    const Removals::Since since;
-    Property* const property = getProperty(propertyId)->setValue(text);
-    settingPropertyValues_.begin(propertyId, text);
-    notifyPropertyValueChanged(propertyId);
-    const bool isGone = since.property(id(), propertyId) || since.component(getObjParentId());
-    return isGone ? nullptr : property;
 }
 
 bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
@@ -316,8 +315,8 @@ inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
 }
 
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::always_inline]] inline SCSignal* SmartComponent::beginStaticOutput(unsigned id,
-                                                              const SignalValue& value) {
+[[gnu::always_inline]] inline SCSignal* SmartComponent::beginStaticOutput(
+    unsigned id, const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     if (signal.SCSignal::getValue() == value) return nullptr;
@@ -363,8 +362,7 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
                  DynamicDelivery{time});
 }
 
-// Stores, tells and marks the value; null when it is not to be delivered. Apart
-// from the delivery, which nests and has no stack to spare.
+// Stores, tells and marks the value; null when it is not to be delivered.
 [[gnu::always_inline]] inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
