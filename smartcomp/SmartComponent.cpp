@@ -288,8 +288,11 @@ bool SmartComponent::renew(InputHint& hint, unsigned signalId) const {
 
 void SmartComponent::setStaticSignalValue(unsigned id, SignalValue value) {
     const Hold hold(*this);
-    InputHint hint;
-    setStatic(id, hint, value);
+    if (isRemoved()) return;
+    if (signalAt(id).takes())
+        setStaticInputSignal(id, value);
+    else
+        setStaticOutputSignal(id, value);
 }
 
 void SmartComponent::setStaticInputSignal(unsigned signalId, SignalValue value) {
@@ -350,8 +353,11 @@ void SmartComponent::setDstSignalValue(unsigned dstComponentId, unsigned dstSign
 
 void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
     const Hold hold(*this);
-    InputHint hint;
-    handle(id, hint, value, time);
+    if (isRemoved()) return;
+    if (signalAt(id).takes())
+        handleInputSignal(id, value, time);
+    else
+        handleOutputSignal(id, value, time);
 }
 
 inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value,
