@@ -83,8 +83,9 @@ void Load() {
 }
 
 void RemoveSmartComponent(unsigned id) {
-    auto& component = objectAs<SmartComponent>(id);
-    auto& parent = objectAs<Aggregation>(component.getObjParentId());
+    TableReading reading;
+    auto& component = as<SmartComponent>(reading.next(id));
+    auto& parent = as<Aggregation>(reading.last(component.getObjParentId()));
     component.makeRoom();  // else the parent may lose a component that lives on
     parent.removeChildComponent(id);
     component.retire();
