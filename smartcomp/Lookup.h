@@ -81,13 +81,13 @@ public:
     TableReading& operator=(const TableReading&) = delete;
 
     /// \throws as `at`.
-    sdf::SdfObject* next(unsigned id) {
+    [[gnu::always_inline]] sdf::SdfObject* next(unsigned id) {
         if (!manager_) manager_ = begin();
         return at(manager_->objects(), id);
     }
 
     /// The same, and lets the lock go.
-    sdf::SdfObject* last(unsigned id) {
+    [[gnu::always_inline]] sdf::SdfObject* last(unsigned id) {
         sdf::SdfObject* const object = next(id);
         end();
         return object;
