@@ -27,7 +27,7 @@ namespace trel::smartcomp {
 /// The value under `key`.
 /// \throws std::out_of_range "invalid unordered_map<K, T> key".
 template <typename Table, typename Key>
-const auto& at(const Table& table, const Key& key) {
+[[gnu::always_inline]] inline const auto& at(const Table& table, const Key& key) {
     const auto entry = table.find(key);
     if (entry == table.end()) throwUnknownKey();
     return entry->second;
