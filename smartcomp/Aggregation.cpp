@@ -139,13 +139,7 @@ void Aggregation::handleInputSignal(unsigned signalId, int value, long long time
 
 void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
     TableReading reading;
-    // To a component: inwards there are no controllers.
-    deliverAlong(reading, *this, id(), signalAt(signalId), value,
-                 [time](sdf::SdfObject* object, unsigned signal, InputHint& hint, int delivered)
-                     __attribute__((always_inline)) {
-                         as<SmartComponent>(object).handle(signal, hint, delivered, time);
-                         return object;
-                     });
+    deliverAlong(reading, *this, id(), signalAt(signalId), value, InwardDelivery{time});
 }
 
 inline void Aggregation::propagateStaticInputSignal(SCSignal& source, const SignalValue& value) {

@@ -3,17 +3,18 @@
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/DeliveryObserver.h"
 #include "smartcomp/Hold.h"
+#include "smartcomp/Inlined.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/Walk.h"
 
 /// How a value goes along signal connections, for the sources of the library only. All of it is
-/// inline, so that a hop has one place to return to: where deliveries nest deeply, the processor
+/// inlined, so that a hop has one place to return to: where deliveries nest deeply, the processor
 /// foresees that place, and not the last of two.
 namespace trel::smartcomp {
 
-[[gnu::always_inline]] inline void SmartComponent::setStatic(unsigned id, InputHint& hint,
-                                                             const SignalValue& value) {
+TREL_INLINED inline void SmartComponent::setStatic(unsigned id, InputHint& hint,
+                                                   const SignalValue& value) {
     if (hint.state != signalsNumber_) [[unlikely]]
         return setStaticAnew(id, hint, value);
     const NestedHold hold(*this);
@@ -25,8 +26,8 @@ namespace trel::smartcomp {
         setStaticOutputSignal(id, value);
 }
 
-[[gnu::always_inline]] inline void SmartComponent::handle(unsigned id, InputHint& hint, int value,
-                                                          long long time) {
+TREL_INLINED inline void SmartComponent::handle(unsigned id, InputHint& hint, int value,
+                                                long long time) {
     if (hint.state != signalsNumber_) [[unlikely]]
         return handleAnew(id, hint, value, time);
     const NestedHold hold(*this);
@@ -46,9 +47,8 @@ void sendToController(sdf::SdfObject* controller, unsigned signalId, const Signa
 /// own look-up.
 /// @{
 struct SmartComponent::StaticDelivery {
-    [[gnu::always_inline]] sdf::SdfObject* operator()(sdf::SdfObject* destination,
-                                                      unsigned signalId, InputHint& hint,
-                                                      const SignalValue& value) const {
+    TREL_INLINED sdf::SdfObject* operator()(sdf::SdfObject* destination, unsigned signalId,
+                                            InputHint& hint, const SignalValue& value) const {
         if (auto* const component = castTo<SmartComponent>(destination))
             component->setStatic(signalId, hint, value);
         else
@@ -61,14 +61,25 @@ struct SmartComponent::DynamicDelivery {
     long long time;
 
     // A component lives while it is reached; of a controller nobody here knows how long.
-    [[gnu::always_inline]] sdf::SdfObject* operator()(
-        sdf::SdfObject* destination, unsigned signalId, InputHint& hint, int value) const {
+    TREL_INLINED sdf::SdfObject* operator()(sdf::SdfObject* destination, unsigned signalId,
+                                            InputHint& hint, int value) const {
         if (auto* const component = castTo<SmartComponent>(destination)) {
             component->handle(signalId, hint, value, time);
             return destination;
         }
         sendToController(destination, signalId, value, true);
         return nullptr;
+    }
+};
+
+// Inwards there are no controllers.
+struct SmartComponent::InwardDelivery {
+    long long time;
+
+    TREL_INLINED sdf::SdfObject* operator()(sdf::SdfObject* destination, unsigned signalId,
+                                            InputHint& hint, int value) const {
+        as<SmartComponent>(destination).handle(signalId, hint, value, time);
+        return destination;
     }
 };
 /// @}
@@ -99,9 +110,9 @@ template <typename Value, typename Deliver>
 /// pulse: each destination gets 0 right after the value. Who calls holds the
 /// component, and may have begun to read the object table.
 template <typename Value, typename Deliver>
-[[gnu::always_inline]] inline void deliverAlong(TableReading& reading, Aggregation& owner,
-                                                unsigned component, SCSignal& source,
-                                                const Value& value, const Deliver& deliver) {
+TREL_INLINED inline void deliverAlong(TableReading& reading, Aggregation& owner, unsigned component,
+                                      SCSignal& source, const Value& value,
+                                      const Deliver& deliver) {
     static constexpr Value zero(0);
     const Wiring* const wiring = Walk::known(owner, source);
     // As most have.

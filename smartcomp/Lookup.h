@@ -15,6 +15,7 @@
 #include "platform/sdf/Element.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
+#include "smartcomp/Inlined.h"
 
 /// Look-ups that fail the same way on every standard library, for the sources of
 /// the library only.
@@ -27,7 +28,7 @@ namespace trel::smartcomp {
 /// The value under `key`.
 /// \throws std::out_of_range "invalid unordered_map<K, T> key".
 template <typename Table, typename Key>
-[[gnu::always_inline]] inline const auto& at(const Table& table, const Key& key) {
+TREL_INLINED inline const auto& at(const Table& table, const Key& key) {
     const auto entry = table.find(key);
     if (entry == table.end()) throwUnknownKey();
     return entry->second;
@@ -36,7 +37,7 @@ template <typename Table, typename Key>
 /// The same in a table that mostly has a few entries, which are compared sooner
 /// than their keys are hashed.
 template <typename Table, typename Key>
-[[gnu::always_inline]] inline const auto& atFew(const Table& table, const Key& key) {
+TREL_INLINED inline const auto& atFew(const Table& table, const Key& key) {
     constexpr std::size_t few = 4;
     if (table.size() > few) return at(table, key);
     for (const auto& [held, value] : table)
@@ -81,13 +82,13 @@ public:
     TableReading& operator=(const TableReading&) = delete;
 
     /// \throws as `at`.
-    [[gnu::always_inline]] sdf::SdfObject* next(unsigned id) {
+    TREL_INLINED sdf::SdfObject* next(unsigned id) {
         if (!manager_) manager_ = begin();
         return at(manager_->objects(), id);
     }
 
     /// The same, and lets the lock go.
-    [[gnu::always_inline]] sdf::SdfObject* last(unsigned id) {
+    TREL_INLINED sdf::SdfObject* last(unsigned id) {
         sdf::SdfObject* const object = next(id);
         end();
         return object;
@@ -98,7 +99,7 @@ public:
     }
 
 private:
-    [[gnu::always_inline]] static sdf::SdfManager* begin() {
+    TREL_INLINED static sdf::SdfManager* begin() {
         static sdf::SdfManager* const manager = sdf::SdfManager::inst();
         manager->mutex().lock_shared();
         return manager;

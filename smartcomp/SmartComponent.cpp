@@ -10,6 +10,7 @@
 #include "smartcomp/Connection.h"
 #include "smartcomp/Deliver.h"
 #include "smartcomp/Hold.h"
+#include "smartcomp/Inlined.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/Removals.h"
@@ -161,8 +162,8 @@ void SmartComponent::updateModel() { SignalBroker::smartComponentUpdated(id()); 
 // Property values.
 
 // Stores, marks and tells the text; null when it is not to be passed on.
-[[gnu::always_inline]] inline Property* SmartComponent::beginProperty(unsigned propertyId,
-                                                                      const std::string& text) {
+TREL_INLINED inline Property* SmartComponent::beginProperty(unsigned propertyId,
+                                                            const std::string& text) {
     if (isRemoved()) return nullptr;
     const Removals::Since since;
     Property* const property = getProperty(propertyId)->setValue(text);
@@ -201,8 +202,8 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
 void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.end(id); }
 
 // Offers the text to every property that a binding of `owner` leads to.
-[[gnu::always_inline]] inline void SmartComponent::offerAlong(
-    TableReading& reading, Aggregation& owner, Property& source, const std::string& value) {
+TREL_INLINED inline void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
+                                                    Property& source, const std::string& value) {
     if (DeliveryObserver::present()) [[unlikely]]
         return offerObserved(reading, owner, source, value);
     Walk walk(owner, id(), source, Walk::known(owner, source));
@@ -228,8 +229,8 @@ void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.e
 }
 
 // Where the walk leads now.
-[[gnu::always_inline]] inline void SmartComponent::offerTo(TableReading& reading, Walk& walk,
-                                                           unsigned id, const std::string& value) {
+TREL_INLINED inline void SmartComponent::offerTo(TableReading& reading, Walk& walk, unsigned id,
+                                                 const std::string& value) {
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
     const NestedHold hold(destination);
     Ahead& ahead = walk.hint().ahead;
@@ -318,8 +319,8 @@ inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
 }
 
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::always_inline]] inline SCSignal* SmartComponent::beginStaticOutput(
-    unsigned id, const SignalValue& value) {
+TREL_INLINED inline SCSignal* SmartComponent::beginStaticOutput(unsigned id,
+                                                                const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     if (signal.SCSignal::getValue() == value) return nullptr;
@@ -369,7 +370,7 @@ inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int v
 }
 
 // Stores, tells and marks the value; null when it is not to be delivered.
-[[gnu::always_inline]] inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
+TREL_INLINED inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
     const int old = signal.SCSignal::getDigitalValue();

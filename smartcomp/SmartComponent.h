@@ -251,6 +251,7 @@ private:
     void handle(unsigned id, InputHint& hint, int value, long long time);
     struct StaticDelivery;
     struct DynamicDelivery;
+    struct InwardDelivery;
     // The text that is offered along bindings now, which stays as it is meanwhile.
     static inline const std::string* offered_ = nullptr;
     class Offer {

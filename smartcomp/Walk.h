@@ -4,6 +4,7 @@
 #include "smartcomp/Connection.h"
 #include "smartcomp/DeliveryObserver.h"
 #include "smartcomp/Hold.h"
+#include "smartcomp/Inlined.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/SCSignal.h"
@@ -37,8 +38,7 @@ public:
     /// A walk along the connections that begin at a signal of a component, or along
     /// the bindings that begin at a property of it. `wiring` is the known one.
     template <typename Source>
-    [[gnu::always_inline]] Walk(Aggregation& owner, unsigned component, Source& source,
-                                const Wiring* wiring)
+    TREL_INLINED Walk(Aggregation& owner, unsigned component, Source& source, const Wiring* wiring)
         : hold_(owner),
           outer_(owner.wired_.innermost),
           component_(component),
@@ -51,7 +51,7 @@ public:
         owner.wired_.innermost = this;
     }
 
-    [[gnu::always_inline]] ~Walk() {
+    TREL_INLINED ~Walk() {
         owner().wired_.innermost = outer_;
         if (in_ == In::Frozen) [[unlikely]]
             delete[] routes_;
@@ -88,7 +88,7 @@ public:
 
     /// Whether neither the source nor the destination was removed since the walk
     /// began.
-    [[gnu::always_inline]] bool reaches() const {
+    TREL_INLINED bool reaches() const {
         return !since_.any() || (!isGone(component_, member_) && !isGone(component(), member()));
     }
 

@@ -46,11 +46,7 @@ constexpr bool isLean = true;
 constexpr bool isLean = false;  // frames of such a build are not what they cost released
 #endif
 
-#ifdef __clang__
-constexpr std::size_t mostBytesPerHop = 400;
-#else
 constexpr std::size_t mostBytesPerHop = 320;
-#endif
 
 constexpr unsigned parentId = 10;
 constexpr unsigned firstRelay = 100;
