@@ -3,6 +3,7 @@
 #include <QString>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "bench/Work.h"
 #include "platform/station/Station.h"
@@ -11,6 +12,7 @@
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/SCSignal.h"
 #include "smartcomp/StationLogic.h"
 
 namespace trel::bench {
@@ -48,6 +50,18 @@ protected:
     }
 };
 
+class Lamp : public Relay {
+public:
+    using Relay::Relay;
+
+    void handleInputSignal(unsigned id, int value, long long) override {
+        smartcomp::SCSignal& signal = signalAt(id);
+        if (signal.getDigitalValue() == value) return;
+        signal.setValue(value);
+        notifySignalValueChanged(id);
+    }
+};
+
 class Cell : public Aggregation {
 public:
     explicit Cell(ElementPtr element)
@@ -61,9 +75,20 @@ SmartComponent* make(ElementPtr element) {
 }
 
 template <typename Type>
-void registerAs(const char* name) {
-    smartcomp::Manager::inst()->registerType(name, make<Type>, make<Type>,
-                                             [] { return QString(); });
+void registerAs(const char* name, smartcomp::Manager::MakeFunction build = make<Type>) {
+    smartcomp::Manager::inst()->registerType(name, make<Type>, build, [] { return QString(); });
+}
+
+// What each child starts with.
+void furnish(sdf::Element& element, bool pulses) {
+    element.append(textElement(text));
+    element.append(signalElement(input, "In", "DigitalInput", false));
+    element.append(signalElement(output, "Out", "DigitalOutput", pulses));
+}
+
+SmartComponent* buildRelay(ElementPtr element) {
+    furnish(*element, false);
+    return make<Relay>(std::move(element));
 }
 
 ElementPtr draft(unsigned id, const char* type, unsigned parent) {
@@ -73,11 +98,9 @@ ElementPtr draft(unsigned id, const char* type, unsigned parent) {
     return element;
 }
 
-void makeNode(unsigned id, bool pulses) {
-    const auto element = draft(id, "Relay", cellId);
-    element->append(textElement(text));
-    element->append(signalElement(input, "In", "DigitalInput", false));
-    element->append(signalElement(output, "Out", "DigitalOutput", pulses));
+void makeNode(unsigned id, const char* type, bool pulses) {
+    const auto element = draft(id, type, cellId);
+    furnish(*element, pulses);
     smartcomp::Create(element);
 }
 
@@ -85,7 +108,8 @@ void makeNode(unsigned id, bool pulses) {
 
 void openStation() {
     static const bool once = [] {
-        registerAs<Relay>("Relay");
+        registerAs<Relay>("Relay", buildRelay);
+        registerAs<Lamp>("Lamp");
         registerAs<Cell>("Cell");
         smartcomp::StationLogic::inst();
         return true;
@@ -101,7 +125,9 @@ StationNet::StationNet(const Graph& graph, Of of)
     : nodes_(graph.nodes),
       cell_((openStation(), dynamic_cast<Aggregation&>(*smartcomp::Build("Cell", cellId, "Cell",
                                                                          Station::logicId)))) {
-    for (unsigned i = 0; i != nodes_; ++i) makeNode(firstNodeId + i, of == Of::Pulses);
+    std::vector<const char*> types(nodes_, of == Of::Lamps ? "Lamp" : "Relay");
+    for (const auto& edge : graph.edges) types[edge.from] = "Relay";
+    for (unsigned i = 0; i != nodes_; ++i) makeNode(firstNodeId + i, types[i], of == Of::Pulses);
     int index = 0;
     for (const auto& [from, to] : graph.edges) {
         const bool binds = of == Of::Bindings;

@@ -22,10 +22,11 @@ smartcomp::SmartComponent& node(unsigned number);
 
 /// The graph as children of one aggregation in the station: each hands what
 /// reaches its input on to its output, as an int while the simulation runs and as
-/// any value while the station is edited; a text it hands on framed.
+/// any value while the station is edited; a text it hands on framed. Of lamps, those that
+/// send to nobody keep what reaches them and do not react.
 class StationNet {
 public:
-    enum class Of { Connections, Pulses, Bindings };
+    enum class Of { Connections, Lamps, Pulses, Bindings };
 
     StationNet(const Graph& graph, Of of);
     ~StationNet();

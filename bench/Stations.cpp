@@ -125,9 +125,10 @@ Graph pairs(unsigned n) {
     return graph;
 }
 
-// Hot sends from one source, cold from all of them by turns.
+// Hot sends from one source, cold from all of them by turns. A destination that reacts is
+// a fan-out of one.
 void oneOf(benchmark::State& state, unsigned n, bool isCold) {
-    const StationNet net(pairs(n), StationNet::Of::Connections);
+    const StationNet net(pairs(n), StationNet::Of::Lamps);
     std::vector<smartcomp::SmartComponent*> sources;
     for (const unsigned i : inOrder(isCold ? n : 1, From::Anywhere)) sources.push_back(&node(i));
     int value = 0;
