@@ -9,6 +9,7 @@
 #include <iterator>
 #include <limits>
 #include <map>
+#include <memory>
 #include <random>
 #include <stdexcept>
 #include <vector>
@@ -109,6 +110,41 @@ TEST_F(ObjectTableTest, HoldsWhatAMapHoldsAfterAnyEdits) {
             ASSERT_EQ(all, map);
         }
     }
+}
+
+using Shared = std::shared_ptr<int>;
+
+// What the table holds beside `own`, which is held here.
+long holdersIn(const Shared& own) { return own.use_count() - 1; }
+
+TEST(IdTable, OfOwnersHoldsEachOnceUntilItIsErased) {
+    sdf::IdTable<Shared> table;
+    std::vector<Shared> values;
+    for (int i = 0; i != 1000; ++i) {
+        values.push_back(std::make_shared<int>(i));
+        EXPECT_TRUE(table.emplace(static_cast<unsigned>(i), values.back()).second);
+    }
+    EXPECT_FALSE(table.emplace(7, std::make_shared<int>(0)).second);
+    for (unsigned id = 0; id != 1000; ++id) {
+        ASSERT_EQ(table.find(id)->second, values[id]);
+        ASSERT_EQ(holdersIn(values[id]), 1);
+    }
+    for (unsigned id = 0; id != 1000; id += 2) EXPECT_EQ(table.erase(id), 1u);
+    for (unsigned id = 0; id != 1000; ++id) {
+        ASSERT_EQ(table.contains(id), id % 2 == 1);
+        ASSERT_EQ(holdersIn(values[id]), id % 2);
+    }
+}
+
+TEST(IdTable, ACopyOfOwnersHoldsThemToo) {
+    const auto value = std::make_shared<int>(5);
+    sdf::IdTable<Shared> table;
+    table.emplace(1, value);
+    sdf::IdTable<Shared> copy(table);
+    EXPECT_EQ(holdersIn(value), 2);
+    table.clear();
+    EXPECT_EQ(holdersIn(value), 1);
+    EXPECT_EQ(copy.find(1)->second, value);
 }
 
 // As many ids as wanted whose numbers lie close together.
