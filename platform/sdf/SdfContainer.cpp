@@ -1,6 +1,5 @@
 #include "platform/sdf/SdfContainer.h"
 
-#include <algorithm>
 #include <ranges>
 #include <unordered_set>
 #include <utility>
@@ -10,65 +9,64 @@
 
 namespace sdf {
 
-SdfContainer::Contents::Contents(const Contents& other) : children(other.children) {
-    for (auto child = children.begin(); child != children.end(); ++child)
-        places.emplace(child->id, child);
-}
-
 SdfContainer::SdfContainer(const SdfContainer& other) : SdfNode(other) { *this = other; }
 
 SdfContainer& SdfContainer::operator=(const SdfContainer& other) {
-    auto contents = other.contents_ ? std::make_unique<Contents>(*other.contents_) : nullptr;
+    auto children = other.children_ ? std::make_unique<Children>(*other.children_) : nullptr;
     SdfNode::operator=(other);
-    contents_ = std::move(contents);
+    children_ = std::move(children);
     return *this;
+}
+
+SdfContainer::Children& SdfContainer::children() {
+    if (!children_) children_ = std::make_unique<Children>();
+    return *children_;
 }
 
 void SdfContainer::addObjChild(std::shared_ptr<Element> child) {
     const unsigned id = child->asUInt("");
-    std::list<Child> one{{id, std::move(child)}};
-    if (!contents_) contents_ = std::make_unique<Contents>();
-    auto& [children, places] = *contents_;
-    if (places.try_emplace(id, one.begin()).second) children.splice(children.end(), one);
+    children().emplace(id, std::move(child));
 }
 
 void SdfContainer::addObjChildWithSdf(unsigned id) {
     if (hasObjChild(id)) return;
     auto child = Element::Create("child");
     child->setValue(id);
-    std::list<Child> one{{id, child}};
-    if (!contents_) contents_ = std::make_unique<Contents>();
-    auto& [children, places] = *contents_;
-    const auto place = places.try_emplace(id, one.begin()).first;
+    children().emplace(id, child);
     try {
         element()->append(std::move(child));
     } catch (...) {
-        places.erase(place);
+        children_->erase(id);
         throw;
     }
-    children.splice(children.end(), one);
 }
 
 void SdfContainer::removeObjChildWithSdf(unsigned id) {
     if (!hasObjChild(id)) return;
-    auto& [children, places] = *contents_;
-    const auto entry = places.find(id);
-    const auto child = entry->second;
-    child->element->removeFromParent();
-    places.erase(entry);
-    children.erase(child);
+    children_->find(id)->second->removeFromParent();
+    children_->erase(id);
+}
+
+// Those that stand in the document, by its order.
+std::vector<SdfContainer::Child> SdfContainer::inOrder() const {
+    std::vector<Child> children;
+    if (!children_) return children;
+    for (const auto& child : element()->children("child")) {
+        const unsigned id = child->asUInt("");
+        const auto entry = children_->find(id);
+        if (entry != children_->end() && entry->second == child)
+            children.push_back({id, child.get()});
+    }
+    return children;
 }
 
 void SdfContainer::moveChild(unsigned id, unsigned place) {
     if (!hasObjChild(id)) return;
-    auto& [children, places] = *contents_;
-    const auto child = places.at(id);
+    Element& child = *children_->find(id)->second;
     // The child that shall stand behind it, counted without the one that moves.
-    auto next = children.begin();
-    for (unsigned i = 0; next != children.end(); ++next)
-        if (next != child && i++ == place) break;
-    element()->moveBefore(*child->element, next == children.end() ? nullptr : next->element.get());
-    children.splice(next, children, child);
+    std::vector<Child> others = inOrder();
+    std::erase_if(others, [&](const Child& other) { return other.id == id; });
+    element()->moveBefore(child, place < others.size() ? others[place].element : nullptr);
 }
 
 bool SdfContainer::anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
@@ -79,9 +77,8 @@ bool SdfContainer::anyOfDescendant(const std::function<bool(const SdfObject*)>& 
     std::unordered_set<unsigned> seen{id()};
     std::vector<unsigned> waiting;
     const auto enter = [&](const SdfContainer& container) {
-        if (!container.contents_) return;
-        for (const Child& child : std::views::reverse(container.contents_->children))
-            waiting.push_back(child.id);
+        const std::vector<Child> children = container.inOrder();
+        for (const Child& child : std::views::reverse(children)) waiting.push_back(child.id);
     };
     enter(*this);
     while (!waiting.empty()) {

@@ -1,16 +1,18 @@
 #pragma once
 
-#include <list>
+#include <functional>
 #include <memory>
-#include <unordered_map>
+#include <vector>
 
 #include "platform/Export.h"
+#include "platform/sdf/IdTable.h"
 #include "platform/sdf/SdfNode.h"
 
 namespace sdf {
 
-/// A document object that contains others, each kept by id in a key "child".
-/// Adding, finding and removing a child cost the same however many there are.
+/// A document object that contains others, each kept by id in a key "child"; their order is
+/// that of the document. Adding, finding and removing a child cost the same however many there
+/// are.
 class TREL_PLATFORM_API SdfContainer : public SdfNode {
 public:
     using SdfNode::SdfNode;
@@ -31,27 +33,23 @@ public:
     /// the document; beyond the end it becomes the last. Nothing if it is none.
     virtual void moveChild(unsigned id, unsigned place);
 
-    bool hasObjChild(unsigned id) const { return contents_ && contents_->places.contains(id); }
+    bool hasObjChild(unsigned id) const { return children_ && children_->contains(id); }
 
 private:
-    struct Child {
-        unsigned id;
-        std::shared_ptr<Element> element;
-    };
-
     /// Each object is asked once, also where children form a ring.
     bool anyOfDescendant(const std::function<bool(const SdfObject*)>& predicate,
                          bool itself) const override;
 
-    struct Contents {
-        Contents() = default;
-        Contents(const Contents& other);
+    using Children = IdTable<std::shared_ptr<Element>>;
 
-        std::list<Child> children;
-        std::unordered_map<unsigned, std::list<Child>::iterator> places;
+    struct Child {
+        unsigned id;
+        Element* element;
     };
+    std::vector<Child> inOrder() const;
+    Children& children();
 
-    std::unique_ptr<Contents> contents_;  // once there is a child: most have none
+    std::unique_ptr<Children> children_;  // once there is a child: most have none
 };
 
 }  // namespace sdf

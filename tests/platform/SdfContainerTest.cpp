@@ -121,6 +121,19 @@ TEST_F(Container, AsksItsChildrenInTheirOrder) {
     EXPECT_EQ(asked(1, false), (Ids{4, 2, 3}));
 }
 
+TEST_F(Container, OfTheDocumentsOrderOnlyItsOwnChildrenCount) {
+    for (const unsigned id : {2u, 3u, 4u}) {
+        container(id);
+        container(1).addObjChildWithSdf(id);
+    }
+    const auto children = container(1).element()->children("child");
+    container(1).element()->append("child")->setValue(4u);  // taken in by nobody
+    container(1).element()->append(children[0]);
+    EXPECT_EQ(asked(1, false), (Ids{3, 4, 2}));
+    container(1).moveChild(2, 1);
+    EXPECT_EQ(childrenInDocument(container(1)), (Ids{3, 2, 4, 4}));
+}
+
 //   1 -> 2 -> 3
 //   1 -> 4
 TEST_F(Container, AsksDescendantsDepthFirst) {
