@@ -281,6 +281,7 @@ inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* nex
 }
 
 std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
+    std::shared_ptr<Element> self = child.self_.release();
     if (index_)
         index_->remove(child);
     else
@@ -290,7 +291,7 @@ std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     if (first_) (next ? next : first_)->prev_ = child.prev_;
     child.prev_ = child.next_ = child.parent_ = nullptr;
     lastFound_ = nullptr;
-    return child.self_.release();
+    return self;
 }
 
 const Element& Element::holder() const {

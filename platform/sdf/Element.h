@@ -232,7 +232,11 @@ private:
         std::shared_ptr<Element> release() noexcept {
             std::shared_ptr<Element> self = std::move(strong_);
             strong_.~shared_ptr();
-            new (&weak_) std::weak_ptr<Element>(self);
+            // Who has no other owner is about to die or to be kept anew.
+            if (self.use_count() == 1)
+                new (&weak_) std::weak_ptr<Element>();
+            else
+                new (&weak_) std::weak_ptr<Element>(self);
             return self;
         }
 
