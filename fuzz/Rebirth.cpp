@@ -7,6 +7,7 @@
 #include "platform/station/Station.h"
 #include "smartcomp/Lifecycle.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/Roster.h"
 
 // This file alone is compiled without access control: no program but a fuzzer
 // ends a singleton.
@@ -30,7 +31,7 @@ constexpr std::string_view emptyStation = "<station id=\"1\">\n"
 void removeComponents() {
     while (const SmartComponent* const component = trel::host::anyComponentButLogic())
         trel::smartcomp::RemoveSubSmartComponent(component->id());
-    Manager::inst()->components().clear();
+    Manager::inst()->roster() = {};
 }
 
 void open(std::string_view text, StationLogic* logic) {

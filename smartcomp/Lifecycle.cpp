@@ -6,6 +6,7 @@
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/Roster.h"
 
 namespace trel::smartcomp {
 
@@ -31,16 +32,16 @@ private:
 namespace {
 
 // Makes the component known: in the object table, to itself, in the list.
-SmartComponent* enter(SmartComponent* component, std::list<SmartComponent*>& all) {
+SmartComponent* enter(SmartComponent* component, Roster& roster) {
     if (!component) throw std::logic_error("a registered function made no component");
     Newcomer newcomer(component);
-    std::list<SmartComponent*> entry{component};
+    Roster::Entry entry(roster);
     const bool isEntered = tryEnterObject(component);
     newcomer.release();
     // One that is refused belongs to nobody from here on.
     if (!isEntered) throwTaken();
     component->readPropertyValues();
-    all.splice(all.end(), entry);
+    entry.list(component);
     return component;
 }
 
@@ -49,7 +50,7 @@ SmartComponent* enter(SmartComponent* component, std::list<SmartComponent*>& all
 SmartComponent* Create(std::shared_ptr<sdf::Element> element) {
     Manager& manager = *Manager::inst();
     const auto create = manager.getCreateFunc(element->asString("type"));
-    return enter(create(std::move(element)), manager.components());
+    return enter(create(std::move(element)), manager.roster());
 }
 
 SmartComponent* Build(const std::string& typeName, unsigned id, const std::string& name,
@@ -61,7 +62,7 @@ SmartComponent* Build(const std::string& typeName, unsigned id, const std::strin
     const auto element = GetStationElem()->appendObject("smart_component", id, name);
     write(element, "type", typeName);
     write(element, "parent", parentId);
-    return enter(manager.getBuildFunc(typeName)(element), manager.components());
+    return enter(manager.getBuildFunc(typeName)(element), manager.roster());
 }
 
 SmartComponent* Recover(std::shared_ptr<sdf::Element> element,
@@ -93,7 +94,9 @@ void RemoveSmartComponent(unsigned id) {
 
 void RemoveSubSmartComponent(unsigned id) { objectAs<SmartComponent>(id).retire(); }
 
-const std::list<SmartComponent*>& GetAllSmartComponents() { return Manager::inst()->components(); }
+const std::list<SmartComponent*>& GetAllSmartComponents() {
+    return Manager::inst()->roster().all();
+}
 
 void BuildVisual(SmartComponent* component, visual::Visual* visual) {
     Manager::inst()->getVisualFunc(component->element()->asString("type"))(visual, component);

@@ -4,11 +4,12 @@
 #include <unordered_map>
 
 #include "smartcomp/Lookup.h"
+#include "smartcomp/Roster.h"
 
 namespace trel::smartcomp {
 
 struct Manager::State {
-    std::list<SmartComponent*> components;
+    Roster roster;
     std::unordered_map<std::string_view, MakeFunction> buildFunction;
     std::unordered_map<std::string_view, VisualFunction> visualFunction;
     std::unordered_map<std::string_view, MakeFunction> createFunction;
@@ -84,6 +85,6 @@ Manager::VisualFunction Manager::getVisualFunc(std::string_view name) const {
     return at(state_->visualFunction, name);
 }
 
-std::list<SmartComponent*>& Manager::components() { return state_->components; }
+Roster& Manager::roster() { return state_->roster; }
 
 }  // namespace trel::smartcomp

@@ -19,6 +19,7 @@ class Visual;
 
 namespace trel::smartcomp {
 
+class Roster;
 class SmartComponent;
 
 /// The registry of component types, and the list of all components that were
@@ -71,7 +72,7 @@ private:
     MakeFunction getCreateFunc(std::string_view name) const;
     MakeFunction getBuildFunc(std::string_view name) const;
     VisualFunction getVisualFunc(std::string_view name) const;
-    std::list<SmartComponent*>& components();
+    Roster& roster();
 
     std::unique_ptr<State> state_;
 };

@@ -5,6 +5,8 @@
 #include <new>
 #include <pugixml.hpp>
 
+#include "smartcomp/Roster.h"
+
 namespace trel::test {
 
 namespace {
@@ -69,6 +71,10 @@ SafeMemory::SafeMemory() : wasOn_(memory.isOn) { memory.isOn = false; }
 SafeMemory::~SafeMemory() { memory.isOn = wasOn_; }
 
 long blocksInUse() { return blocks; }
+
+long blocksLeaked(long before) {
+    return (blocks - before) % static_cast<long>(smartcomp::Roster::entriesAtOnce);
+}
 
 }  // namespace trel::test
 

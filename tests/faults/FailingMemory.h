@@ -36,4 +36,8 @@ private:
 /// How many allocations of the program are in use.
 long blocksInUse();
 
+/// How many more are in use than `before`, but for entries of the list of components, which
+/// stay.
+long blocksLeaked(long before);
+
 }  // namespace trel::test

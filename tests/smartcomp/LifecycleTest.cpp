@@ -375,6 +375,19 @@ TEST_F(LifecycleTest, TheListIsOneAndTheSame) {
     EXPECT_EQ(list.size(), size + 1);
 }
 
+TEST_F(LifecycleTest, TheListHasAllInTheOrderOfMakingWhateverFailedInBetween) {
+    std::vector<SmartComponent*> made;
+    for (unsigned id = 1000; id != 1300; ++id) {
+        made.push_back(Create(Draft("Plain", id, "Lamp").element()));
+        EXPECT_THROW(Create(Draft("Failing", id, "Lamp").element()), std::runtime_error);
+        loseRefusedComponent([&] {
+            EXPECT_THROW(Create(Draft("Plain", id, "Lamp").element()), std::logic_error);
+        });
+    }
+    expectLost(made.size());
+    EXPECT_EQ(list(), made);
+}
+
 TEST_F(LifecycleTest, TheStationLogicIsNotInTheList) {
     const auto& list = GetAllSmartComponents();
     EXPECT_EQ(std::find(list.begin(), list.end(), &logic()), list.end());
