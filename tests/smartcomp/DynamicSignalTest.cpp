@@ -230,6 +230,21 @@ TEST_F(DynamicSignalTest, APulseOf0FromAnotherValueIsTwoZeros) {
     EXPECT_EQ(valueOf(a, 2), SignalValue(7));
 }
 
+TEST_F(DynamicSignalTest, BothValuesOfAPulseGoToTheComponentThatTheFirstOneFound) {
+    Plain& a = pulsing(10, "A");
+    Plain& b = make(11, "B");
+    Plain& c = make(12, "C");
+    connect(logic(), {10, 2}, {11, 1});
+    b.onInput = [&](unsigned, int, long long) { enterObject(11, &c); };
+    a.handleSignalValue(2, 1, 5);
+    EXPECT_EQ(inputs("B"), (Lines{"B.input 1 = 1 at 5", "B.input 1 = 0 at 5"}));
+    EXPECT_EQ(inputs("C"), Lines{});
+    a.handleSignalValue(2, 1, 6);
+    EXPECT_EQ(inputs("B").size(), 2u);
+    EXPECT_EQ(inputs("C"), (Lines{"C.input 1 = 1 at 6", "C.input 1 = 0 at 6"}));
+    enterObject(11, &b);
+}
+
 // ---- Rings
 
 //   A.out -> B.in, B reacts with B.out
