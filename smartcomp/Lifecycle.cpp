@@ -6,6 +6,7 @@
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/Manager.h"
+#include "smartcomp/Prefetch.h"
 #include "smartcomp/Roster.h"
 
 namespace trel::smartcomp {
@@ -87,6 +88,8 @@ void RemoveSmartComponent(unsigned id) {
     TableReading reading;
     auto& component = as<SmartComponent>(reading.next(id));
     auto& parent = as<Aggregation>(reading.last(component.getObjParentId()));
+    prefetch(&component, sizeof component);
+    prefetch(component.element().get(), sizeof(sdf::Element));
     component.makeRoom();  // else the parent may lose a component that lives on
     parent.removeChildComponent(id);
     component.retire();

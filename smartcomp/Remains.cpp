@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/sdf/SdfManager.h"
+#include "smartcomp/Prefetch.h"
 #include "smartcomp/Property.h"
 #include "smartcomp/Removals.h"
 #include "smartcomp/SCSignal.h"
@@ -66,6 +67,8 @@ void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
 void SmartComponent::retire() {
     makeRoom();
     Removals::add(Removals::What::Component, id(), 0);
+    for (const auto& [id, property] : properties_) prefetch(property, sizeof *property);
+    for (const auto& [id, signal] : signals_) prefetch(signal, sizeof(SCSignal));
     sdf::SdfManager::Remove(id());
     if (held_.holds == 0) {
         delete this;

@@ -1,6 +1,7 @@
 #include "platform/sdf/Element.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <unordered_map>
@@ -96,7 +97,20 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
 
 Element::Element(Key, Kind kind, std::string_view tag) : tag_(tag), kind_(kind) {}
 
+// Asks for the memory of a small tree, which mostly stands in one stretch, as it was made.
+// Always inline: a function of nothing else is taken for one that does nothing.
+[[gnu::always_inline]] inline void Element::prefetchTree() const {
+    constexpr std::uintptr_t line = 64;  // bytes
+    constexpr std::uintptr_t most = 8192;
+    const auto from = reinterpret_cast<std::uintptr_t>(first_);
+    const auto to = reinterpret_cast<std::uintptr_t>(last()) + sizeof *this;
+    if (to - from > most) return;
+    for (std::uintptr_t place = from; place < to; place += line)
+        __builtin_prefetch(reinterpret_cast<const void*>(place));
+}
+
 Element::~Element() {
+    if (first_) prefetchTree();
     // Neither a long row nor a deep tree may recurse: the children of a dying child
     // come next in the row that is taken apart here, in the order of the file.
     for (Element* next = first_; next;) {

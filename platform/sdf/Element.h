@@ -198,6 +198,7 @@ private:
 
     Element* find(std::string_view name) const;
     Element* findAnew(std::string_view name) const;
+    void prefetchTree() const;
     Element* last() const { return first_ ? first_->prev_ : nullptr; }
     const Element& holder() const;
     Element& holder();
