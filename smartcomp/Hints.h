@@ -39,7 +39,7 @@ public:
 
     bool isOf(const void* member) const { return member == member_; }
 
-    void fetch() const {
+    [[gnu::always_inline]] void fetch() const {
         fetch(component_);
         fetch(member_);
         fetch(element_);
@@ -48,7 +48,7 @@ public:
 
 private:
     // What a delivery needs stands in the first two lines, wherever they begin.
-    static void fetch(const void* part) {
+    [[gnu::always_inline]] static void fetch(const void* part) {
         constexpr std::uintptr_t line = 64;  // bytes
         __builtin_prefetch(part);
         // As a number: an address that was not asked for yet is null.

@@ -1,6 +1,7 @@
 #include "smartcomp/SmartComponent.h"
 
 #include <array>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 
@@ -175,12 +176,52 @@ TREL_INLINED inline Property* SmartComponent::beginProperty(unsigned propertyId,
 
 void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
     if (&value != offered_ || !isHeld()) return setCopyOf(propertyId, value);
-    const Removals::Since since;
     Property* const source = beginProperty(propertyId, value);
     if (!source || isStationLogic()) return;
+    const std::optional<Next> next = nextOf(*source);
+    if (!next)
+        offer(*source, value);
+    else if (next->component)
+        next->component->setPropertyValue(next->member, value);
+}
+
+// Where the text goes from a source with one binding, or with none: then nothing is left to do
+// behind it, and the hop leaves no frame on the stack. Empty for any other source.
+TREL_INLINED inline std::optional<SmartComponent::Next> SmartComponent::nextOf(
+    Property& source) const {
+    // Some leave one nevertheless: a ring that nothing ends has to end with the stack.
+    constexpr unsigned hopsForFrame = 32;
+    static unsigned hops = 0;
+    if (++hops % hopsForFrame == 0 || DeliveryObserver::present() || source.isObjectId() ||
+        isUser()) [[unlikely]]
+        return std::nullopt;
     TableReading reading;
-    offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), *source, value);
-    if (isUser() && !since.property(id(), propertyId)) offerInwards(*source, value);
+    const auto routes = Walk::routes(as<Aggregation>(reading.next(getObjParentId())), id(), source);
+    if (routes.empty()) return Next{};
+    if (routes.size() > 1) return std::nullopt;
+    const Wiring::Route& route = routes.front();
+    Ahead& ahead = route.hint.ahead;
+    ahead.fetch();
+    auto& destination =
+        as<SmartComponent>(reading.last(Connection::componentOf(route.destination)));
+    checkStack();
+    destination.held_.offer = offer_;
+    if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
+        ahead = destination.aheadOfProperty();
+    return Next{&destination, Connection::memberOf(route.destination)};
+}
+
+// Outwards, and inwards in a user aggregation.
+[[gnu::noinline]] void SmartComponent::offer(Property& source, const std::string& value) {
+    const Removals::Since since;
+    const unsigned propertyId = source.id();
+    {
+        TableReading reading;
+        offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), source, value);
+    }
+    if (!isUser() || since.property(id(), propertyId)) return;
+    TableReading reading;
+    offerAlong(reading, as<Aggregation>(this), source, value);
 }
 
 // Anybody's text may change on the way, and a property's own does.
@@ -209,12 +250,6 @@ TREL_INLINED inline void SmartComponent::offerAlong(TableReading& reading, Aggre
     Walk walk(owner, id(), source, Walk::known(owner, source));
     while (walk.next()) offerTo(reading, walk, source.id(), value);
     reading.end();
-}
-
-// A user aggregation has bindings of its own.
-[[gnu::noinline]] void SmartComponent::offerInwards(Property& source, const std::string& value) {
-    TableReading reading;
-    offerAlong(reading, as<Aggregation>(this), source, value);
 }
 
 [[gnu::noinline]] void SmartComponent::offerObserved(TableReading& reading, Aggregation& owner,

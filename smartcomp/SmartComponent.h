@@ -2,6 +2,7 @@
 
 #include <any>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -220,8 +221,9 @@ private:
 
     struct Remains;
 
-    // Whether a call further out holds it, and so for as long as the present one takes.
-    bool isHeld() const { return held_.holds > 0; }
+    // Whether a call further out holds it, and so for as long as the present one takes, or a
+    // text under way, for as long as that takes.
+    bool isHeld() const { return held_.holds > 0 || (offered_ && held_.offer == offer_); }
     template <typename Call>
     void whileHeld(const Call& call);
 
@@ -233,6 +235,7 @@ private:
         ~Held();
 
         unsigned holds = 0;
+        unsigned offer = 0;  // the last one that came by and left no frame to hold it
         bool removed = false;
         bool keepsElement = false;         // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
@@ -254,10 +257,18 @@ private:
     struct InwardDelivery;
     // The text that is offered along bindings now, which stays as it is meanwhile.
     static inline const std::string* offered_ = nullptr;
+    static inline unsigned offer_ = 0;  // counts those that began while no text was under way
+    // What is destroyed when no text is under way any more.
+    static inline Remains* waiting_ = nullptr;
     class Offer {
     public:
-        explicit Offer(const std::string& text) : outer_(std::exchange(offered_, &text)) {}
-        ~Offer() { offered_ = outer_; }
+        explicit Offer(const std::string& text) : outer_(std::exchange(offered_, &text)) {
+            if (!outer_) ++offer_;
+        }
+        ~Offer() {
+            offered_ = outer_;
+            if (!outer_ && waiting_) buryWaiting();
+        }
         Offer(const Offer&) = delete;
         Offer& operator=(const Offer&) = delete;
 
@@ -266,14 +277,22 @@ private:
     };
 
     void retire();
-    void bury();
+    void settle() noexcept;
+    void bury() noexcept;
+    static void buryWaiting() noexcept;
+    static void end(const Remains* remains) noexcept;
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
     void setCopyOf(unsigned propertyId, const std::string& value);
     Property* beginProperty(unsigned propertyId, const std::string& text);
     void offerAlong(TableReading& reading, Aggregation& owner, Property& source,
                     const std::string& value);
-    void offerInwards(Property& source, const std::string& value);
+    struct Next {
+        SmartComponent* component = nullptr;  // null for nobody
+        unsigned member = 0;
+    };
+    std::optional<Next> nextOf(Property& source) const;
+    void offer(Property& source, const std::string& value);
     void offerObserved(TableReading& reading, Aggregation& owner, Property& source,
                        const std::string& value);
     void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
 #include "smartcomp/DeliveryObserver.h"
@@ -33,6 +35,16 @@ public:
     /// Whether a source whose routes are known has none.
     static bool leadsNowhere(const SCSignal& source) {
         return source.routeHint_.first == source.routeHint_.end;
+    }
+
+    /// The routes of the bindings that begin at a property of a component.
+    TREL_INLINED static std::span<const Wiring::Route> routes(
+        Aggregation& owner, unsigned component, Property& source) {
+        const Wiring* wiring = known(owner, source);
+        if (!wiring) [[unlikely]]
+            wiring = &findRoutes(owner, component, source);
+        const RouteHint& hint = source.routeHint_;
+        return {wiring->routes() + hint.first, wiring->routes() + hint.end};
     }
 
     /// A walk along the connections that begin at a signal of a component, or along
@@ -120,6 +132,7 @@ private:
         end_ = hint.end - hint.first;
         in_ = In::Routes;
     }
+    static const Wiring& findRoutes(Aggregation& owner, unsigned component, Property& source);
     void followAnew(RouteHint& hint);
     Aggregation& owner() const { return static_cast<Aggregation&>(hold_.component()); }
     bool nextClosely();

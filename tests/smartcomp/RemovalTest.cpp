@@ -1,7 +1,12 @@
+#include <QString>
+#include <functional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include "smartcomp/Hold.h"
 #include "smartcomp/Lifecycle.h"
+#include "smartcomp/Manager.h"
 #include "smartcomp/Removals.h"
 #include "tests/smartcomp/Cell.h"
 
@@ -205,6 +210,114 @@ TEST_F(RemovalTest, AnIdIsFreeAgainAfterARemoval) {
     Build("Plain", 10, "Lamp", logicId);
     RemoveSmartComponent(10);
     EXPECT_EQ(Build("Plain", 10, "Horn", logicId)->name(), "Horn");
+}
+
+// A component that a text reaches need not hold itself, and no frame of the library may be left
+// that does: whatever it does to itself, it lives until the text has arrived everywhere.
+//
+//   10.1 -> 11.1 -> 12.1        11 is the careless one
+
+namespace {
+
+class Careless : public Plain {
+public:
+    using Plain::Plain;
+
+    void setPropertyValue(unsigned propertyId, const std::string& value) override {
+        SmartComponent::setPropertyValue(propertyId, value);
+        if (afterwards) afterwards();
+        endSetPropertyValue(propertyId);
+    }
+
+    std::function<void()> afterwards;
+};
+
+SmartComponent* makeCareless(ElementPtr element) {
+    return new Careless(std::move(element), sdf::ObjectType::Component);
+}
+
+class RemovalByATextTest : public RemovalTest {
+protected:
+    void SetUp() override {
+        RemovalTest::SetUp();
+        smartcomp::Manager::inst()->registerType("Careless", makeCareless, makeCareless,
+                                                 [] { return QString("holds nothing"); });
+        first_ = &draft("Framed", 10).make<Framed>();
+        careless_ = &draft("Careless", 11).signal(2, "Out", "DigitalOutput").make<Careless>();
+        last_ = &draft("Framed", 12).make<Framed>();
+        bind(logic(), {10, 1}, {11, 1});
+        bind(logic(), {11, 1}, {12, 1});
+        // Edits are some texts ago, as mostly.
+        for (int i = 0; i != 10; ++i) send(std::to_string(i));
+    }
+
+    static Draft draft(const char* type, unsigned id) {
+        return Draft(type, id, type).property(1, "Text", "String", std::string("old"));
+    }
+    void send(const std::string& text) { first_->setPropertyValue(1, text); }
+    bool carelessLives() const { return Alive::contains(careless_); }
+
+    Framed* first_ = nullptr;
+    Careless* careless_ = nullptr;
+    Framed* last_ = nullptr;
+};
+
+}  // namespace
+
+TEST_F(RemovalByATextTest, WhoeverTheTextReachedLivesUntilItHasArrived) {
+    bool livesMeanwhile = false;
+    careless_->afterwards = [&] {
+        RemoveSubSmartComponent(11);
+        EXPECT_FALSE(isInTable(11));
+        EXPECT_FALSE(isInDocument(11));
+        livesMeanwhile = carelessLives();
+    };
+    send("new");
+    EXPECT_TRUE(livesMeanwhile);
+    EXPECT_FALSE(carelessLives());
+    EXPECT_EQ(last_->getProperty(1)->value(), "new");
+}
+
+TEST_F(RemovalByATextTest, ItsMembersDoToo) {
+    Property& text = *careless_->getProperty(1);
+    SCSignal& signal = signalOf(*careless_, 2);
+    careless_->afterwards = [&] {
+        careless_->deleteProperty(1);
+        careless_->deleteSignal(2);
+        EXPECT_EQ(text.value(), "new");
+        EXPECT_EQ(signal.getName(), "Out");
+    };
+    send("new");
+    EXPECT_TRUE(carelessLives());
+    EXPECT_FALSE(careless_->hasProperty(1));
+    EXPECT_FALSE(careless_->hasSignal(2));
+}
+
+TEST_F(RemovalByATextTest, AnotherTextThatArrivesMeanwhileEndsNothing) {
+    auto& other = draft("Framed", 13).make<Framed>();
+    bool livesMeanwhile = false;
+    careless_->afterwards = [&] {
+        RemoveSubSmartComponent(11);
+        other.setPropertyValue(1, "by the way");
+        livesMeanwhile = carelessLives();
+    };
+    send("new");
+    EXPECT_TRUE(livesMeanwhile);
+    EXPECT_FALSE(carelessLives());
+}
+
+TEST_F(RemovalByATextTest, WhomTheTextDoesNotReachDiesAtOnce) {
+    const auto& other = draft("Framed", 13).make<Framed>();
+    careless_->afterwards = [&] {
+        RemoveSubSmartComponent(13);
+        EXPECT_FALSE(Alive::contains(&other));
+    };
+    send("new");
+}
+
+TEST_F(RemovalByATextTest, WhomATextBeforeReachedDiesAtOnce) {
+    RemoveSubSmartComponent(11);
+    EXPECT_FALSE(carelessLives());
 }
 
 }  // namespace trel::test
