@@ -33,8 +33,7 @@ private:
 /// signals, properties or connections takes that out of its table at once; the
 /// object is destroyed only when the last hold is gone.
 ///
-/// The library holds a component wherever it calls it; one that a text has reached, until the
-/// text has arrived everywhere. Whoever calls a virtual
+/// The library holds a component wherever it calls it. Whoever calls a virtual
 /// operation of a component directly holds it too, if the component may be
 /// removed meanwhile.
 class Hold {

@@ -114,7 +114,7 @@ private:
 template <typename T>
 class Casts {
 public:
-    static T* of(sdf::SdfObject* object) {
+    TREL_INLINED static T* of(sdf::SdfObject* object) {
         const void* table;
         std::memcpy(&table, static_cast<const void*>(object), sizeof table);
         Known& known = all_[reinterpret_cast<std::uintptr_t>(table) / 16 % all_.size()];
@@ -139,14 +139,14 @@ private:
 };
 
 template <typename T>
-T* castTo(sdf::SdfObject* object) {
+TREL_INLINED inline T* castTo(sdf::SdfObject* object) {
     return object ? Casts<T>::of(object) : nullptr;
 }
 
 /// An object as the `T` that it has to be.
 /// \throws std::bad_cast if it is null or something else.
 template <typename T>
-T& as(sdf::SdfObject* object) {
+TREL_INLINED inline T& as(sdf::SdfObject* object) {
     if (auto* const wanted = castTo<T>(object)) return *wanted;
     throw std::bad_cast();
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
+
+#include "smartcomp/Assign.h"
 
 namespace trel::smartcomp {
 
@@ -16,49 +18,51 @@ public:
     Marks() = default;
     // A copy has the same marks.
     Marks(const Marks& other)
-        : one_(other.one_), others_(other.others_ ? new Others(*other.others_) : nullptr) {}
-    Marks& operator=(const Marks& other) {
-        Marks copy(other);
-        one_.swap(copy.one_);
-        others_.swap(copy.others_);
-        return *this;
-    }
+        : value_(other.value_),
+          id_(other.id_),
+          hasOne_(other.hasOne_),
+          others_(other.others_ ? new Others(*other.others_) : nullptr) {}
+    Marks(Marks&&) = default;
+    Marks& operator=(const Marks& other) { return *this = Marks(other); }
+    Marks& operator=(Marks&&) = default;
 
-    bool empty() const { return !one_ && noOthers(); }
+    bool empty() const { return !hasOne_ && noOthers(); }
 
     /// The value that `id` is being set to; null when it is not being set.
     const Value* find(unsigned id) const {
-        if (one_ && one_->first == id) return &one_->second;
+        if (hasOne_ && id_ == id) return &value_;
         return noOthers() ? nullptr : others_->find(id);
     }
 
     /// All of them.
     std::unordered_map<unsigned, Value> entries() const {
         auto all = others_ ? others_->entries() : std::unordered_map<unsigned, Value>();
-        if (one_) all.insert(*one_);
+        if (hasOne_) all.emplace(id_, value_);
         return all;
     }
 
-    /// A mark that is there keeps its value. Another is made of what is given where it
-    /// stands: what is written as a part and read back as a whole keeps the processor waiting.
+    /// A mark that is there keeps its value.
     template <typename Given>
     void begin(unsigned id, const Given& value) {
-        if (!one_ && noOthers())
-            one_.emplace(id, value);
-        else if (!find(id))
+        if (!hasOne_ && noOthers()) {
+            set(value_, value);
+            id_ = id;
+            hasOne_ = true;
+        } else if (!find(id)) {
             beginAnother(id, value);
+        }
     }
 
     /// Nothing when there is none.
     void end(unsigned id) {
-        if (one_ && one_->first == id)
-            one_.reset();
+        if (hasOne_ && id_ == id)
+            hasOne_ = false;
         else if (!noOthers())
             others_->end(id);
     }
 
     void clear() {
-        one_.reset();
+        hasOne_ = false;
         others_.reset();
     }
 
@@ -102,7 +106,19 @@ private:
         others_->begin(id, value);
     }
 
-    std::optional<std::pair<unsigned, Value>> one_;
+    // A number is made where it stands: what is written in parts and read as a whole keeps
+    // the processor waiting. A text takes the place of the one before.
+    template <typename Given>
+    static void set(Value& to, const Given& from) {
+        if constexpr (std::is_trivially_destructible_v<Value>)
+            std::construct_at(&to, from);
+        else
+            assign(to, from);
+    }
+
+    Value value_{};  // of the one; stays for the next when its mark ends
+    unsigned id_ = 0;
+    bool hasOne_ = false;
     std::unique_ptr<Others> others_;
 };
 

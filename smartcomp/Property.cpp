@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/rob/RotationTemplate.h"
+#include "smartcomp/Assign.h"
 #include "smartcomp/Lookup.h"
 #include "smartcomp/SmartComponent.h"
 #include "smartcomp/Text.h"
@@ -20,14 +21,6 @@ constexpr std::array<std::string_view, 10> typeNames = {"ObjectId", "Int32",    
                                                         "String",   "Bool",           "Vector3",
                                                         "Orient",   "ReferenceFrame", "Index",
                                                         "Error"};
-
-// A text mostly follows one of the same length, and takes its place without a call.
-void assign(std::string& to, const std::string& from) {
-    if (to.size() == from.size())
-        from.copy(to.data(), from.size());
-    else
-        to = from;
-}
 
 // Three numbers with the same decimals, and the unit.
 std::string displayThree(double a, double b, double c, bool whole, const char* unit) {

@@ -14,8 +14,7 @@
 namespace trel::smartcomp {
 
 struct SmartComponent::Remains {
-    Remains* next = nullptr;              // of those that wait
-    SmartComponent* component = nullptr;  // the component itself, when it was removed
+    bool component = false;  // the component itself
     std::vector<std::unique_ptr<sdf::SdfObject>> members;
     std::vector<std::unique_ptr<SCSignal>> signals;
 };
@@ -43,17 +42,15 @@ void SmartComponent::deleteSignal(unsigned id) {
     signals_.erase(id);
     // Other than a deleted property's, its element leaves the document.
     signal->element()->removeFromParent();
-    if (isHeld()) {
+    if (held_.holds > 0)
         held_.remains->signals.emplace_back(signal);
-        settle();
-    } else {
+    else
         delete signal;
-    }
 }
 
 void SmartComponent::makeRoom() {
     Removals::makeRoom();
-    if (!isHeld()) return;
+    if (held_.holds == 0) return;
     if (!held_.remains) held_.remains = std::make_unique<Remains>();
     const auto roomForOne = [](auto& remains) {
         if (remains.size() == remains.capacity()) remains.reserve(2 * remains.size() + 4);
@@ -63,9 +60,7 @@ void SmartComponent::makeRoom() {
 }
 
 void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
-    if (!isHeld()) return;
-    held_.remains->members.push_back(std::move(member));
-    settle();
+    if (held_.holds > 0) held_.remains->members.push_back(std::move(member));
 }
 
 // Out of the table and the document now; destroyed when nobody holds it.
@@ -75,38 +70,19 @@ void SmartComponent::retire() {
     for (const auto& [id, property] : properties_) prefetch(property, sizeof *property);
     for (const auto& [id, signal] : signals_) prefetch(signal, sizeof(SCSignal));
     sdf::SdfManager::Remove(id());
-    if (!isHeld()) {
+    if (held_.holds == 0) {
         delete this;
         return;
     }
     element()->removeFromParent();
     held_.removed = true;
-    held_.remains->component = this;
-    settle();
-}
-
-// What no call holds has no last hold to wait for.
-void SmartComponent::settle() noexcept {
-    if (held_.holds == 0) bury();
+    held_.remains->component = true;
 }
 
 // The last hold is gone.
-void SmartComponent::bury() noexcept {
-    Remains* const remains = held_.remains.release();
-    if (isHeld())
-        remains->next = std::exchange(waiting_, remains);
-    else
-        end(remains);
-}
-
-// The text that held them has arrived.
-void SmartComponent::buryWaiting() noexcept {
-    while (waiting_) end(std::exchange(waiting_, waiting_->next));
-}
-
-void SmartComponent::end(const Remains* remains) noexcept {
-    const std::unique_ptr<const Remains> owned(remains);
-    delete remains->component;
+void SmartComponent::bury() {
+    const std::unique_ptr<Remains> remains = std::move(held_.remains);
+    if (remains->component) delete this;
 }
 
 }  // namespace trel::smartcomp

@@ -1,6 +1,8 @@
 #include "smartcomp/SmartComponent.h"
 
 #include <array>
+#include <cstddef>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -18,10 +20,29 @@
 #include "smartcomp/SCSignal.h"
 #include "smartcomp/StationLogic.h"
 #include "smartcomp/Text.h"
+#include "smartcomp/Walk.h"
 
 namespace trel::smartcomp {
 
 using broker::SignalBroker;
+
+// A text that is on its way to one destination after the other.
+struct SmartComponent::Passing::Open {
+    Open(Aggregation& owner, unsigned component, Property& from)
+        : walk(owner, component, from, Walk::known(owner, from)), source(from) {}
+
+    Walk walk;
+    std::optional<NestedHold> hold;  // on the destination
+    Property& source;
+};
+
+TREL_INLINED inline void SmartComponent::Passing::begin(Aggregation& owner, unsigned component,
+                                                        Property& source) {
+    static_assert(sizeof(Open) <= sizeof place_ && alignof(Open) <= alignof(std::max_align_t));
+    open_ = new (place_) Open(owner, component, source);
+}
+
+void SmartComponent::Passing::close() noexcept { std::exchange(open_, nullptr)->~Open(); }
 
 namespace {
 
@@ -174,54 +195,48 @@ TREL_INLINED inline Property* SmartComponent::beginProperty(unsigned propertyId,
     return isGone ? nullptr : property;
 }
 
-void SmartComponent::setPropertyValue(unsigned propertyId, const std::string& value) {
+// Goes over into the first destination (a tail call), and leaves no frame: what is to be done
+// behind it waits in `passing`.
+void SmartComponent::passOn(unsigned propertyId, const std::string& value, Passing& passing) {
     if (&value != offered_ || !isHeld()) return setCopyOf(propertyId, value);
+    if (SmartComponent* const taker = firstTaker(propertyId, value, passing))
+        taker->setPropertyValue(passing.open_->walk.member(), value);
+}
+
+TREL_INLINED inline SmartComponent* SmartComponent::firstTaker(
+    unsigned propertyId, const std::string& value, Passing& passing) {
     Property* const source = beginProperty(propertyId, value);
-    if (!source || isStationLogic()) return;
-    const std::optional<Next> next = nextOf(*source);
-    if (!next)
-        offer(*source, value);
-    else if (next->component)
-        next->component->setPropertyValue(next->member, value);
+    if (!source || isStationLogic()) return nullptr;
+    TableReading reading;
+    auto& owner = as<Aggregation>(reading.next(getObjParentId()));
+    passing.begin(owner, id(), *source);
+    if (DeliveryObserver::present()) [[unlikely]]
+        return passObserved(reading, *passing.open_, value);
+    return nextTaker(reading, *passing.open_, value);
 }
 
-// Where the text goes from a source with one binding, or with none: then nothing is left to do
-// behind it, and the hop leaves no frame on the stack. Empty for any other source.
-TREL_INLINED inline std::optional<SmartComponent::Next> SmartComponent::nextOf(
-    Property& source) const {
-    // Some leave one nevertheless: a ring that nothing ends has to end with the stack.
-    constexpr unsigned hopsForFrame = 32;
-    static unsigned hops = 0;
-    if (++hops % hopsForFrame == 0 || DeliveryObserver::present() || source.isObjectId() ||
-        isUser()) [[unlikely]]
-        return std::nullopt;
-    TableReading reading;
-    const auto routes = Walk::routes(as<Aggregation>(reading.next(getObjParentId())), id(), source);
-    if (routes.empty()) return Next{};
-    if (routes.size() > 1) return std::nullopt;
-    const Wiring::Route& route = routes.front();
-    Ahead& ahead = route.hint.ahead;
-    ahead.fetch();
-    auto& destination =
-        as<SmartComponent>(reading.last(Connection::componentOf(route.destination)));
-    checkStack();
-    destination.held_.offer = offer_;
-    if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
-        ahead = destination.aheadOfProperty();
-    return Next{&destination, Connection::memberOf(route.destination)};
+// Behind the first destination, where mostly nothing is left to do.
+void SmartComponent::passOnRest(const std::string& value, Passing& passing) {
+    if (!passing.open_->walk.isDone() || isUser()) [[unlikely]]
+        return passFurther(value, passing);
+    passing.close();
 }
 
-// Outwards, and inwards in a user aggregation.
-[[gnu::noinline]] void SmartComponent::offer(Property& source, const std::string& value) {
-    const Removals::Since since;
-    const unsigned propertyId = source.id();
-    {
-        TableReading reading;
-        offerAlong(reading, as<Aggregation>(reading.next(getObjParentId())), source, value);
-    }
-    if (!isUser() || since.property(id(), propertyId)) return;
-    TableReading reading;
-    offerAlong(reading, as<Aggregation>(this), source, value);
+[[gnu::noinline]] void SmartComponent::passFurther(const std::string& value, Passing& passing) {
+    Passing::Open& open = *passing.open_;
+    open.hold.reset();
+    passAlong(open, value);
+    Property& source = open.source;
+    const bool isGone = open.walk.isSourceGone();
+    passing.close();
+    if (isUser() && !isGone) passInwards(source, value);
+}
+
+// A user aggregation has bindings of its own.
+[[gnu::noinline]] void SmartComponent::passInwards(Property& source, const std::string& value) {
+    Passing passing;
+    passing.begin(as<Aggregation>(this), id(), source);
+    passAlong(*passing.open_, value);
 }
 
 // Anybody's text may change on the way, and a property's own does.
@@ -240,42 +255,55 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
     return false;
 }
 
-void SmartComponent::endSetPropertyValue(unsigned id) { settingPropertyValues_.end(id); }
-
-// Offers the text to every property that a binding of `owner` leads to.
-TREL_INLINED inline void SmartComponent::offerAlong(TableReading& reading, Aggregation& owner,
-                                                    Property& source, const std::string& value) {
+// Offers the text to every property that a binding still leads to.
+[[gnu::noinline]] void SmartComponent::passAlong(Passing::Open& open, const std::string& value) {
+    TableReading reading;
     if (DeliveryObserver::present()) [[unlikely]]
-        return offerObserved(reading, owner, source, value);
-    Walk walk(owner, id(), source, Walk::known(owner, source));
-    while (walk.next()) offerTo(reading, walk, source.id(), value);
-    reading.end();
+        passObserved(reading, open, value);
+    while (SmartComponent* const taker = nextTaker(reading, open, value)) {
+        taker->setPropertyValue(open.walk.member(), value);
+        open.hold.reset();
+    }
 }
 
-[[gnu::noinline]] void SmartComponent::offerObserved(TableReading& reading, Aggregation& owner,
-                                                     Property& source, const std::string& value) {
-    Walk walk(owner, id(), source, Walk::known(owner, source));
-    while (walk.next()) {
-        if (!walk.announce(reading, {}, &value)) continue;
-        offerTo(reading, walk, source.id(), value);
-        walk.done({}, &value);
+// All of it: null, for nobody is left.
+[[gnu::noinline]] SmartComponent* SmartComponent::passObserved(
+    TableReading& reading, Passing::Open& open, const std::string& value) {
+    while (open.walk.next()) {
+        if (!open.walk.announce(reading, {}, &value)) continue;
+        if (SmartComponent* const taker = takerOf(reading, open, value))
+            taker->setPropertyValue(open.walk.member(), value);
+        open.hold.reset();
+        open.walk.done({}, &value);
     }
     reading.end();
+    return nullptr;
 }
 
-// Where the walk leads now.
-TREL_INLINED inline void SmartComponent::offerTo(TableReading& reading, Walk& walk, unsigned id,
-                                                 const std::string& value) {
+TREL_INLINED inline SmartComponent* SmartComponent::nextTaker(
+    TableReading& reading, Passing::Open& open, const std::string& value) {
+    while (open.walk.next()) {
+        if (SmartComponent* const taker = takerOf(reading, open, value)) return taker;
+        open.hold.reset();
+    }
+    reading.end();
+    return nullptr;
+}
+
+// Whom the walk leads to now, held; null where the text is not for it.
+TREL_INLINED inline SmartComponent* SmartComponent::takerOf(
+    TableReading& reading, Passing::Open& open, const std::string& value) {
+    const Walk& walk = open.walk;
     auto& destination = as<SmartComponent>(reading.last(walk.component()));
-    const NestedHold hold(destination);
+    open.hold.emplace(destination);
     Ahead& ahead = walk.hint().ahead;
     if (!ahead.isOf(destination.held_.lastProperty)) [[unlikely]]
         ahead = destination.aheadOfProperty();
     // Inwards no object type is asked for.
-    if (!walk.isOf(*this) && getProperty(id)->isObjectId() &&
+    if (!walk.isOf(*this) && getProperty(open.source.id())->isObjectId() &&
         refusesObject(destination, walk.member(), value))
-        return;
-    if (walk.reaches()) destination.setPropertyValue(walk.member(), value);
+        return nullptr;
+    return walk.reaches() ? &destination : nullptr;
 }
 
 // Whether the object that the text names does not suit the destination, which

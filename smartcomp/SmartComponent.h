@@ -1,8 +1,8 @@
 #pragma once
 
 #include <any>
+#include <cstddef>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -81,7 +81,11 @@ public:
     /// A type that can sit in a ring of bindings must frame it: the bare
     /// operation runs round the ring without end, and leaves its mark
     /// behind.
-    virtual void setPropertyValue(unsigned propertyId, const std::string& value);
+    virtual void setPropertyValue(unsigned propertyId, const std::string& value) {
+        Passing passing;
+        passOn(propertyId, value, passing);
+        if (passing.isOpen()) passOnRest(value, passing);
+    }
 
     /// A value that reaches an input while the simulation runs, at a time in
     /// microseconds. Nothing has been stored: the type stores the value, resets an
@@ -182,7 +186,7 @@ protected:
     /// property has; false with event "10007" while the property is being set,
     /// for the text then came back changed round a ring of bindings.
     bool shouldSetProperty(unsigned id, const std::string& value);
-    void endSetPropertyValue(unsigned id);
+    void endSetPropertyValue(unsigned id) { settingPropertyValues_.end(id); }
 
     /// Stores a static input value, resets an auto-reset input to 0, notifies,
     /// and marks the signal as being set.
@@ -221,9 +225,8 @@ private:
 
     struct Remains;
 
-    // Whether a call further out holds it, and so for as long as the present one takes, or a
-    // text under way, for as long as that takes.
-    bool isHeld() const { return held_.holds > 0 || (offered_ && held_.offer == offer_); }
+    // Whether a call further out holds it, and so for as long as the present one takes.
+    bool isHeld() const { return held_.holds > 0; }
     template <typename Call>
     void whileHeld(const Call& call);
 
@@ -235,13 +238,37 @@ private:
         ~Held();
 
         unsigned holds = 0;
-        unsigned offer = 0;  // the last one that came by and left no frame to hold it
         bool removed = false;
         bool keepsElement = false;         // in the document, when the component ends
         std::unique_ptr<Remains> remains;  // what waits for the last hold to go
         // Those that were asked for last.
         mutable SCSignal* lastSignal = nullptr;
         mutable Property* lastProperty = nullptr;
+    };
+
+    // What waits while a destination takes a text. It stands in the frame of the type's own
+    // operation, into which the base operation is inlined: so a hop has one frame, and one place
+    // to return to.
+    class Passing {
+    public:
+        Passing() = default;
+        ~Passing() {
+            if (open_) close();
+        }
+        Passing(const Passing&) = delete;
+        Passing& operator=(const Passing&) = delete;
+
+        bool isOpen() const { return open_ != nullptr; }
+
+    private:
+        friend class SmartComponent;
+        struct Open;
+
+        void begin(Aggregation& owner, unsigned component, Property& source);
+        void close() noexcept;
+
+        alignas(std::max_align_t) std::byte place_[96];  // of what is open
+        Open* open_ = nullptr;
     };
 
     Property* findProperty(unsigned id) const;
@@ -257,18 +284,10 @@ private:
     struct InwardDelivery;
     // The text that is offered along bindings now, which stays as it is meanwhile.
     static inline const std::string* offered_ = nullptr;
-    static inline unsigned offer_ = 0;  // counts those that began while no text was under way
-    // What is destroyed when no text is under way any more.
-    static inline Remains* waiting_ = nullptr;
     class Offer {
     public:
-        explicit Offer(const std::string& text) : outer_(std::exchange(offered_, &text)) {
-            if (!outer_) ++offer_;
-        }
-        ~Offer() {
-            offered_ = outer_;
-            if (!outer_ && waiting_) buryWaiting();
-        }
+        explicit Offer(const std::string& text) : outer_(std::exchange(offered_, &text)) {}
+        ~Offer() { offered_ = outer_; }
         Offer(const Offer&) = delete;
         Offer& operator=(const Offer&) = delete;
 
@@ -277,25 +296,21 @@ private:
     };
 
     void retire();
-    void settle() noexcept;
-    void bury() noexcept;
-    static void buryWaiting() noexcept;
-    static void end(const Remains* remains) noexcept;
+    void bury();
     Property* addProperty(Property* property);
     SCSignal* addSignal(SCSignal* signal);
     void setCopyOf(unsigned propertyId, const std::string& value);
     Property* beginProperty(unsigned propertyId, const std::string& text);
-    void offerAlong(TableReading& reading, Aggregation& owner, Property& source,
-                    const std::string& value);
-    struct Next {
-        SmartComponent* component = nullptr;  // null for nobody
-        unsigned member = 0;
-    };
-    std::optional<Next> nextOf(Property& source) const;
-    void offer(Property& source, const std::string& value);
-    void offerObserved(TableReading& reading, Aggregation& owner, Property& source,
-                       const std::string& value);
-    void offerTo(TableReading& reading, Walk& walk, unsigned id, const std::string& value);
+    void passOn(unsigned propertyId, const std::string& value, Passing& passing);
+    SmartComponent* firstTaker(unsigned propertyId, const std::string& value, Passing& passing);
+    void passOnRest(const std::string& value, Passing& passing);
+    void passFurther(const std::string& value, Passing& passing);
+    void passInwards(Property& source, const std::string& value);
+    void passAlong(Passing::Open& open, const std::string& value);
+    SmartComponent* passObserved(TableReading& reading, Passing::Open& open,
+                                 const std::string& value);
+    SmartComponent* nextTaker(TableReading& reading, Passing::Open& open, const std::string& value);
+    SmartComponent* takerOf(TableReading& reading, Passing::Open& open, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
     SCSignal* beginStaticOutput(unsigned id, const SignalValue& value);

@@ -13,13 +13,6 @@ namespace trel::smartcomp {
     }
 }
 
-[[gnu::noinline]] const Wiring& Walk::findRoutes(Aggregation& owner, unsigned component,
-                                                 Property& source) {
-    const Wiring& wiring = *owner.wiring(Over::Bindings);  // which is made whenever it is asked for
-    wiring.find(component, source.id(), source.routeHint_);
-    return wiring;
-}
-
 [[gnu::noinline]] bool Walk::nextClosely() {
     if (owner().isRemoved() || isGone(component_, member_)) return false;
     while (true) {

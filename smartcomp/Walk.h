@@ -1,7 +1,5 @@
 #pragma once
 
-#include <span>
-
 #include "smartcomp/Aggregation.h"
 #include "smartcomp/Connection.h"
 #include "smartcomp/DeliveryObserver.h"
@@ -35,16 +33,6 @@ public:
     /// Whether a source whose routes are known has none.
     static bool leadsNowhere(const SCSignal& source) {
         return source.routeHint_.first == source.routeHint_.end;
-    }
-
-    /// The routes of the bindings that begin at a property of a component.
-    TREL_INLINED static std::span<const Wiring::Route> routes(
-        Aggregation& owner, unsigned component, Property& source) {
-        const Wiring* wiring = known(owner, source);
-        if (!wiring) [[unlikely]]
-            wiring = &findRoutes(owner, component, source);
-        const RouteHint& hint = source.routeHint_;
-        return {wiring->routes() + hint.first, wiring->routes() + hint.end};
     }
 
     /// A walk along the connections that begin at a signal of a component, or along
@@ -104,6 +92,11 @@ public:
         return !since_.any() || (!isGone(component_, member_) && !isGone(component(), member()));
     }
 
+    /// Whether `next` is known to find nothing more.
+    bool isDone() const { return in_ == In::Routes && !since_.any() && place_ == end_; }
+
+    bool isSourceGone() const { return since_.any() && isGone(component_, member_); }
+
     /// Whether the observer lets the next delivery through. The object table is not read
     /// meanwhile: `reading` ends, and whom the observer removes gets nothing.
     bool announce(TableReading& reading, const SignalValue& value,
@@ -132,7 +125,6 @@ private:
         end_ = hint.end - hint.first;
         in_ = In::Routes;
     }
-    static const Wiring& findRoutes(Aggregation& owner, unsigned component, Property& source);
     void followAnew(RouteHint& hint);
     Aggregation& owner() const { return static_cast<Aggregation&>(hold_.component()); }
     bool nextClosely();

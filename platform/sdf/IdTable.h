@@ -73,7 +73,7 @@ public:
     }
     const_iterator end() const { return const_iterator(&places_.back()); }
 
-    const_iterator find(unsigned id) const {
+    [[gnu::always_inline]] const_iterator find(unsigned id) const {
         const Entry& place = places_[placeOf(id)];
         return isVacant(place) ? end() : const_iterator(&place);
     }

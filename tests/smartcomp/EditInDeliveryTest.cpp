@@ -106,8 +106,13 @@ protected:
     unsigned third() const { return service_[2]; }
     unsigned destinationOf(unsigned connection) const { return 11 + connection; }
 
-    static const Connection& connection(unsigned id) {
+    static Connection& connection(unsigned id) {
         return isBinding() ? *cell().getBinding(id) : *cell().getConnection(id);
+    }
+
+    // Has a connection begin elsewhere.
+    void beginAt(End source, unsigned id) const {
+        connection(id).modify(source.component, source.member, destinationOf(id), 1);
     }
 
     // Sends a value from the source; `edit` happens when the broker is told that
@@ -221,19 +226,28 @@ TEST_P(EditInDelivery, AConnectionMovedForwardIsServedOnce) {
 TEST_P(EditInDelivery, AModifiedConnectionIsServedWithItsNewDestination) {
     sendAnd(destinationOf(first()), [&] {
         const auto [component, member] = sourceEnd();
-        auto& table = isBinding() ? *cell().getBinding(second()) : *cell().getConnection(second());
-        table.modify(component, member, 15, 1);
+        connection(second()).modify(component, member, 15, 1);
     });
     EXPECT_EQ(reached(),
               (std::vector<unsigned>{destinationOf(first()), 15, destinationOf(third())}));
 }
 
 TEST_P(EditInDelivery, AConnectionThatNoLongerBeginsHereGetsNothing) {
-    sendAnd(destinationOf(first()), [&] {
-        auto& table = isBinding() ? *cell().getBinding(second()) : *cell().getConnection(second());
-        table.modify(15, 2, destinationOf(second()), 1);
-    });
+    sendAnd(destinationOf(first()), [&] { beginAt({15, 2}, second()); });
     EXPECT_EQ(reached(), destinations({first(), third()}));
+}
+
+// Also behind the only one that began here.
+TEST_P(EditInDelivery, AConnectionThatBeginsHereNowIsServedWhereItsTurnIsYetToCome) {
+    for (const unsigned id : {second(), third()}) beginAt({15, 2}, id);
+    sendAnd(destinationOf(first()), [&] { beginAt(sourceEnd(), third()); });
+    EXPECT_EQ(reached(), destinations({first(), third()}));
+}
+
+TEST_P(EditInDelivery, AConnectionThatBeginsHereNowGetsNothingWhereItsTurnIsOver) {
+    for (const unsigned id : {first(), second()}) beginAt({15, 2}, id);
+    sendAnd(destinationOf(third()), [&] { beginAt(sourceEnd(), first()); });
+    EXPECT_EQ(reached(), destinations({third()}));
 }
 
 TEST_P(EditInDelivery, ARemovedDestinationNotYetReachedGetsNothing) {

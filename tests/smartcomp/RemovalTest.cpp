@@ -212,8 +212,8 @@ TEST_F(RemovalTest, AnIdIsFreeAgainAfterARemoval) {
     EXPECT_EQ(Build("Plain", 10, "Horn", logicId)->name(), "Horn");
 }
 
-// A component that a text reaches need not hold itself, and no frame of the library may be left
-// that does: whatever it does to itself, it lives until the text has arrived everywhere.
+// A component need not hold itself where the library calls it: whatever it does to itself, it lives
+// until its call returns.
 //
 //   10.1 -> 11.1 -> 12.1        11 is the careless one
 
@@ -247,8 +247,6 @@ protected:
         last_ = &draft("Framed", 12).make<Framed>();
         bind(logic(), {10, 1}, {11, 1});
         bind(logic(), {11, 1}, {12, 1});
-        // Edits are some texts ago, as mostly.
-        for (int i = 0; i != 10; ++i) send(std::to_string(i));
     }
 
     static Draft draft(const char* type, unsigned id) {
@@ -264,7 +262,7 @@ protected:
 
 }  // namespace
 
-TEST_F(RemovalByATextTest, WhoeverTheTextReachedLivesUntilItHasArrived) {
+TEST_F(RemovalByATextTest, WhoeverTheTextReachesLivesUntilItsCallReturns) {
     bool livesMeanwhile = false;
     careless_->afterwards = [&] {
         RemoveSubSmartComponent(11);
@@ -293,7 +291,7 @@ TEST_F(RemovalByATextTest, ItsMembersDoToo) {
     EXPECT_FALSE(careless_->hasSignal(2));
 }
 
-TEST_F(RemovalByATextTest, AnotherTextThatArrivesMeanwhileEndsNothing) {
+TEST_F(RemovalByATextTest, AnotherTextMeanwhileEndsNothing) {
     auto& other = draft("Framed", 13).make<Framed>();
     bool livesMeanwhile = false;
     careless_->afterwards = [&] {
@@ -306,18 +304,13 @@ TEST_F(RemovalByATextTest, AnotherTextThatArrivesMeanwhileEndsNothing) {
     EXPECT_FALSE(carelessLives());
 }
 
-TEST_F(RemovalByATextTest, WhomTheTextDoesNotReachDiesAtOnce) {
+TEST_F(RemovalByATextTest, AnybodyElseDiesAtOnce) {
     const auto& other = draft("Framed", 13).make<Framed>();
     careless_->afterwards = [&] {
         RemoveSubSmartComponent(13);
         EXPECT_FALSE(Alive::contains(&other));
     };
     send("new");
-}
-
-TEST_F(RemovalByATextTest, WhomATextBeforeReachedDiesAtOnce) {
-    RemoveSubSmartComponent(11);
-    EXPECT_FALSE(carelessLives());
 }
 
 }  // namespace trel::test
