@@ -7,3 +7,11 @@
 #else
 #define TREL_INLINED
 #endif
+
+/// The same, with a caller that ends in a tail call: clang makes none where anything stands on
+/// the stack that somebody has the address of, so there it stays apart.
+#ifdef __clang__
+#define TREL_INLINED_IN_TAIL_CALLER [[gnu::noinline]]
+#else
+#define TREL_INLINED_IN_TAIL_CALLER TREL_INLINED inline
+#endif

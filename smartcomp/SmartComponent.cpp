@@ -203,7 +203,7 @@ void SmartComponent::passOn(unsigned propertyId, const std::string& value, Passi
         taker->setPropertyValue(passing.open_->walk.member(), value);
 }
 
-TREL_INLINED inline SmartComponent* SmartComponent::firstTaker(
+TREL_INLINED_IN_TAIL_CALLER SmartComponent* SmartComponent::firstTaker(
     unsigned propertyId, const std::string& value, Passing& passing) {
     Property* const source = beginProperty(propertyId, value);
     if (!source || isStationLogic()) return nullptr;
