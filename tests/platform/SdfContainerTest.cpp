@@ -243,7 +243,9 @@ TEST(ContainerCost, RemovingAChildDoesNotGrowWithTheirNumber) {
     };
     const double few = trel::test::leastTime(family(2000), removeSome);
     const double many = trel::test::leastTime(family(200000), removeSome);
-    EXPECT_LT(many, trel::test::generous * few);
+    // Scattered memory alone costs some times as much, looking through all of them a hundred
+    // times.
+    EXPECT_LT(many, 10 * trel::test::generous * few);
 }
 
 }  // namespace
