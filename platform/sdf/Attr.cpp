@@ -17,10 +17,7 @@ Attr::Attr(std::string_view name, std::string_view type, std::any value, bool pe
                                     std::string(type));
 }
 
-Attr::Attr(std::any value) : value_(std::move(value)) { Type(value_.type()); }
-
 Attr::~Attr() = default;
-Attr::Attr(Attr&&) noexcept = default;
 Attr& Attr::operator=(Attr&&) noexcept = default;
 
 namespace {

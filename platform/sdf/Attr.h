@@ -21,13 +21,7 @@ public:
     /// \throws std::invalid_argument for a value of another type than `type`
     /// says, or of a type that the document cannot hold.
     Attr(std::string_view name, std::string_view type, std::any value, bool persistent);
-
-    /// The own value of an element, which is persistent.
-    /// \throws std::invalid_argument for a value of a type that the document cannot
-    /// hold.
-    explicit Attr(std::any value);
     ~Attr();
-    Attr(Attr&&) noexcept;
     Attr& operator=(Attr&&) noexcept;
 
     /// Takes a new value, which may be of another type.
