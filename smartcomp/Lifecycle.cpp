@@ -86,10 +86,11 @@ void Load() {
 
 void RemoveSmartComponent(unsigned id) {
     TableReading reading;
-    auto& component = as<SmartComponent>(reading.next(id));
+    sdf::SdfObject* const object = reading.next(id);
+    prefetch(object, sizeof(SmartComponent));
+    auto& component = as<SmartComponent>(object);
     auto& parent = as<Aggregation>(reading.last(component.getObjParentId()));
-    prefetch(&component, sizeof component);
-    prefetch(component.element().get(), sizeof(sdf::Element));
+    component.prefetchParts();
     component.makeRoom();  // else the parent may lose a component that lives on
     parent.removeChildComponent(id);
     component.retire();

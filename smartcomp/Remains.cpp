@@ -63,6 +63,13 @@ void SmartComponent::discard(std::unique_ptr<sdf::SdfObject> member) noexcept {
     if (held_.holds > 0) held_.remains->members.push_back(std::move(member));
 }
 
+// What its removal finds through the component alone.
+void SmartComponent::prefetchParts() const {
+    prefetch(element().get(), sizeof(sdf::Element));
+    if (!properties_.empty()) prefetch(&*properties_.begin(), sizeof(PropertyTable::value_type));
+    if (!signals_.empty()) prefetch(&*signals_.begin(), sizeof(SignalTable::value_type));
+}
+
 // Out of the table and the document now; destroyed when nobody holds it.
 void SmartComponent::retire() {
     makeRoom();

@@ -295,6 +295,7 @@ private:
         const std::string* const outer_;
     };
 
+    void prefetchParts() const;
     void retire();
     void bury();
     Property* addProperty(Property* property);
