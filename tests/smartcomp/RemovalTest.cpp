@@ -311,6 +311,7 @@ TEST_F(RemovalByATextTest, AnybodyElseDiesAtOnce) {
         EXPECT_FALSE(Alive::contains(&other));
     };
     send("new");
+    EXPECT_FALSE(isInTable(13)) << "nothing was removed";
 }
 
 }  // namespace trel::test
