@@ -14,6 +14,6 @@ namespace trel::smartcomp {
 
 /// Changes whenever a class that types derive from changes its layout or its
 /// table of virtual operations, and so does one whose inline functions they use.
-inline constexpr int typeLibraryAbi = 8;
+inline constexpr int typeLibraryAbi = 9;
 
 }  // namespace trel::smartcomp

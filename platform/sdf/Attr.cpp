@@ -10,15 +10,11 @@
 namespace sdf {
 
 Attr::Attr(std::string_view name, std::string_view type, std::any value, bool persistent)
-    : value_(std::move(value)),
-      given_(std::make_unique<const Given>(Given{std::string(name), persistent})) {
+    : value_(std::move(value)), name_(name), isPersistent_(persistent) {
     if (Type(value_.type()) != type)
         throw std::invalid_argument("a value of type " + Type(value_.type()) + " is no " +
                                     std::string(type));
 }
-
-Attr::~Attr() = default;
-Attr& Attr::operator=(Attr&&) noexcept = default;
 
 namespace {
 
@@ -33,29 +29,28 @@ bool assignAs(std::any& to, const std::any& from) {
 
 }  // namespace
 
-void Attr::set(const std::any& value) {
+void Attr::Assign(std::any& held, const std::any& value) {
     // What changes again and again keeps its type, and then its place.
-    if (assignAs<int>(value_, value) || assignAs<std::string>(value_, value) ||
-        assignAs<double>(value_, value) ||
-        assignAs<trel::rob::Vec3Template<double>>(value_, value) ||
-        assignAs<trel::rob::PoseTemplate<double>>(value_, value))
+    if (assignAs<int>(held, value) || assignAs<std::string>(held, value) ||
+        assignAs<double>(held, value) || assignAs<trel::rob::Vec3Template<double>>(held, value) ||
+        assignAs<trel::rob::PoseTemplate<double>>(held, value))
         return;
     Type(value.type());  // may throw: the old value stays
-    value_ = value;
+    held = value;
 }
 
-void Attr::set(std::any&& value) {
+void Attr::Assign(std::any& held, std::any&& value) {
     Type(value.type());  // may throw: the old value stays
-    value_ = std::move(value);
+    held = std::move(value);
 }
 
-bool Attr::setText(std::string_view text) {
-    auto* const held = std::any_cast<std::string>(&value_);
-    if (held && held->size() == text.size())  // as mostly, and then without a call
-        text.copy(held->data(), text.size());
-    else if (held)
-        *held = text;
-    return held != nullptr;
+bool Attr::AssignText(std::any& held, std::string_view text) {
+    auto* const own = std::any_cast<std::string>(&held);
+    if (own && own->size() == text.size())  // as mostly, and then without a call
+        text.copy(own->data(), text.size());
+    else if (own)
+        *own = text;
+    return own != nullptr;
 }
 
 const std::string& Attr::Type(const std::type_info& type) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <any>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -10,36 +9,37 @@
 
 namespace sdf {
 
-/// A typed value of the document. It holds one of the program types
+/// A typed value with a name. It holds one of the program types that the document can hold,
 /// `std::string`, `bool`, `int`, `unsigned`, `unsigned long long`, `double`,
 /// `trel::rob::Vec3Template<double>` and `trel::rob::PoseTemplate<double>`.
 class TREL_PLATFORM_API Attr {
 public:
     /// `type` must be the document's name of the value's type; a value that is
-    /// not persistent is left out of the file. The own value of an element has no
-    /// name: it goes by the element's tag.
+    /// not persistent is left out of the file.
     /// \throws std::invalid_argument for a value of another type than `type`
     /// says, or of a type that the document cannot hold.
     Attr(std::string_view name, std::string_view type, std::any value, bool persistent);
-    ~Attr();
-    Attr& operator=(Attr&&) noexcept;
 
     /// Takes a new value, which may be of another type.
     /// \throws std::invalid_argument if the document cannot hold such a value;
     /// the old one stays.
-    void set(const std::any& value);
+    void set(const std::any& value) { Assign(value_, value); }
 
-    /// The same without a copy.
-    void set(std::any&& value);
-
-    /// Takes a text in the place of a text; false, and nothing done, where it holds
-    /// anything else.
-    bool setText(std::string_view text);
-
-    std::string_view name() const { return given_ ? given_->name : std::string_view(); }
+    const std::string& name() const { return name_; }
     const std::string& type() const { return Type(value_.type()); }
     const std::any& value() const { return value_; }
-    bool isPersistent() const { return !given_ || given_->isPersistent; }
+    bool isPersistent() const { return isPersistent_; }
+
+    /// What `set` does, for a value that stands elsewhere. One of the same type keeps
+    /// its place.
+    static void Assign(std::any& held, const std::any& value);
+
+    /// The same without a copy.
+    static void Assign(std::any& held, std::any&& value);
+
+    /// Takes a text in the place of a text; false, and nothing done, where anything
+    /// else is held.
+    static bool AssignText(std::any& held, std::string_view text);
 
     /// The document's name of a program type: "string", "bool", "int", "uint",
     /// "uint64", "double", "vec3" or "pose".
@@ -47,18 +47,9 @@ public:
     static const std::string& Type(const std::type_info& type);
 
 private:
-    friend class DocumentReader;
-    friend class Element;
-
-    struct Given {
-        std::string name;
-        bool isPersistent;
-    };
-
-    Attr() = default;  // the own value of an element that has none
-
     std::any value_;
-    std::unique_ptr<const Given> given_;  // null for an own value
+    std::string name_;
+    bool isPersistent_;
 };
 
 }  // namespace sdf

@@ -185,14 +185,14 @@ void DocumentReader::ownValue(Element& e, std::string_view type, std::string_vie
                               valuetext::Parser parser) {
     if (e.ownValue())
         throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
-                             "the element has a value of type " + e.ownValue()->type() +
+                             "the element has a value of type " + Attr::Type(e.value_.type()) +
                                  " and one of type " + std::string(type) +
                                  "; one value is expected");
     if (e.first_ && e.get("value"))
         throw ValueTextFault(Fault::SecondValue, offsetOf(type.data()),
                              "the element has an attribute \"value\" and a value of its own; one "
                              "of the two is expected");
-    if (!parser(text, e.attr_.value_))
+    if (!parser(text, e.value_))
         throw ValueTextFault(Fault::Value, offsetOf(text.data()),
                              xml::quoted(text) + " is no value of type " + std::string(type) +
                                  "; " + std::string(expectedFor(type)) + " expected");
@@ -242,7 +242,7 @@ std::shared_ptr<Element> DocumentReader::note(const xml_node& node) {
 std::shared_ptr<Element> DocumentReader::note(Kind kind, std::string_view tag,
                                               std::string_view text, std::size_t offset) {
     auto note = made(kind, tag, offset);
-    note->attr_.set(std::string(text));
+    note->value_ = std::string(text);
     return note;
 }
 

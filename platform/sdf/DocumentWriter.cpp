@@ -24,24 +24,18 @@ bool isReserved(std::string_view name) {
     return name == "id" || name == "name" || valuetext::isTypeName(name);
 }
 
-// The value that the file keeps, null for none.
-const std::any* savedValue(const Element& e) {
-    const Attr* const attr = e.ownValue();
-    return attr && attr->isPersistent() ? &attr->value() : nullptr;
-}
-
 // The text of a key that can stand as an attribute, null for any other node: the
 // file keeps neither the type nor the keys of an attribute.
 const std::string* attributeText(const Element& e) {
     if (e.kind() != Kind::Attribute || e.getId(true) != 0 || e.hasName() || e.firstChild() ||
         isReserved(e.tag()))
         return nullptr;
-    const std::any* const value = savedValue(e);
+    const std::any* const value = e.ownValue();
     return value ? std::any_cast<std::string>(value) : nullptr;
 }
 
 std::string textOf(const Element& note) {
-    return note.ownValue() ? valuetext::render(note.ownValue()->value()) : std::string();
+    return note.ownValue() ? valuetext::render(*note.ownValue()) : std::string();
 }
 
 bool isEmptyText(const Element& e) { return e.kind() == Kind::Text && textOf(e).empty(); }
@@ -102,9 +96,9 @@ void DocumentWriter::element(const Element& e, unsigned depth, Layout outer) {
 void DocumentWriter::attributes(const Element& e) {
     if (e.getId(true) != 0) attribute(e, "id", std::to_string(e.getId(true)));
     if (e.hasName()) attribute(e, "name", e.name());
-    if (const std::any* const value = savedValue(e)) {
+    if (const std::any* const value = e.ownValue()) {
         const auto* const text = std::any_cast<std::string>(value);
-        attribute(e, e.ownValue()->type(), text ? *text : valuetext::render(*value));
+        attribute(e, Attr::Type(value->type()), text ? *text : valuetext::render(*value));
     }
     for (const Element* child = e.firstChild(); child; child = child->nextSibling())
         if (const std::string* const text = attributeText(*child))

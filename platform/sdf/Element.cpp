@@ -32,46 +32,76 @@ struct TextHash : std::hash<std::string_view> {
 
 }  // namespace
 
-/// The first and the last child of each tag; the children of one tag are linked
-/// among themselves, in document order.
+/// The first child of each tag and how many there are. Instructions are left out: their
+/// tags are no keys.
 class Element::TagIndex {
 public:
+    struct Alike {
+        Element* first = nullptr;
+        std::size_t count = 0;
+    };
+
+    explicit TagIndex(Element* firstChild) {
+        for (Element* child = firstChild; child; child = child->next_) {
+            if (child->kind_ == Kind::Instruction) continue;
+            Alike& alike = byTag_[std::string(child->tag())];
+            if (++alike.count == 1) alike.first = child;
+        }
+    }
+
     void makeRoomFor(std::string_view tag) { byTag_.try_emplace(std::string(tag)); }
 
     // There is room for its tag.
-    void add(Element& child, Element* nextAlike) noexcept {
-        Ends& ends = byTag_.find(child.tag())->second;
-        child.nextAlike_ = nextAlike;
-        child.prevAlike_ = nextAlike ? nextAlike->prevAlike_ : ends.last;
-        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = &child;
-        (nextAlike ? nextAlike->prevAlike_ : ends.last) = &child;
+    void add(Element& child) noexcept {
+        if (child.kind_ == Kind::Instruction) return;
+        Alike& alike = byTag_.find(child.tag())->second;
+        if (++alike.count == 1 || nextAlike(child) == alike.first) alike.first = &child;
     }
 
-    // Its room stays.
+    // Its room stays. Who takes one after the other walks over each sibling once: a search
+    // begins where the one before it ended.
     void remove(Element& child) noexcept {
-        Ends& ends = byTag_.find(child.tag())->second;
-        (child.prevAlike_ ? child.prevAlike_->nextAlike_ : ends.first) = child.nextAlike_;
-        (child.nextAlike_ ? child.nextAlike_->prevAlike_ : ends.last) = child.prevAlike_;
-        child.prevAlike_ = child.nextAlike_ = nullptr;
+        if (child.kind_ == Kind::Instruction) return;
+        Alike& alike = byTag_.find(child.tag())->second;
+        --alike.count;
+        if (alike.first == &child) alike.first = alike.count > 0 ? nextAlike(child) : nullptr;
     }
 
     void dropEmptyRoom(std::string_view tag) noexcept {
         const auto entry = byTag_.find(tag);
-        if (entry != byTag_.end() && !entry->second.first) byTag_.erase(entry);
+        if (entry != byTag_.end() && entry->second.count == 0) byTag_.erase(entry);
     }
 
-    Element* first(std::string_view tag) const {
+    Alike alike(std::string_view tag) const {
         const auto entry = byTag_.find(tag);
-        return entry == byTag_.end() ? nullptr : entry->second.first;
+        return entry == byTag_.end() ? Alike() : entry->second;
     }
 
 private:
-    struct Ends {
-        Element* first = nullptr;
-        Element* last = nullptr;
-    };
-    std::unordered_map<std::string, Ends, TextHash, std::equal_to<>> byTag_;
+    static Element* nextAlike(const Element& child) {
+        Element* e = child.next_;
+        while (e && !e->isKey(child.tag())) e = e->next_;
+        return e;
+    }
+
+    std::unordered_map<std::string, Alike, TextHash, std::equal_to<>> byTag_;
 };
+
+/// What only few elements have.
+struct Element::Rare {
+    std::string name;
+    std::unique_ptr<TagIndex> index;  // once there are many children
+};
+
+bool Element::isIndexed() const { return childCount_ > fewChildren; }
+
+// There is one.
+Element::TagIndex& Element::index() const { return *rare_->index; }
+
+Element::Rare& Element::rare() {
+    if (!rare_) rare_ = std::make_unique<Rare>();
+    return *rare_;
+}
 
 std::shared_ptr<Element> Element::Make(Kind kind, std::string_view tag) {
     auto e = std::make_shared<Element>(Key{}, kind, tag);
@@ -91,7 +121,7 @@ std::shared_ptr<Element> Element::CreateNote(Kind kind, std::string_view tag,
     if (isNamed && !xml::isName(tag))
         throw std::invalid_argument(xml::quoted(tag) + " cannot be a tag: it must be an XML name");
     auto note = Make(kind, tag);
-    note->attr_.set(std::string(text));
+    note->value_ = std::string(text);
     return note;
 }
 
@@ -121,7 +151,7 @@ Element::~Element() {
             child.last()->next_ = next;
             next = std::exchange(child.first_, nullptr);
         }
-        child.parent_ = child.prev_ = child.next_ = child.nextAlike_ = child.prevAlike_ = nullptr;
+        child.parent_ = child.prev_ = child.next_ = nullptr;
     }
 }
 
@@ -140,8 +170,8 @@ std::string Element::path() const {
     for (auto e = line.rbegin(); e != line.rend(); ++e) {
         if (!path.empty()) path += '/';
         path += (*e)->tag();
-        if ((*e)->name_)
-            path += ' ' + *(*e)->name_;
+        if ((*e)->hasName_)
+            path += ' ' + (*e)->name();
         else if ((*e)->id_ != 0)
             path += ' ' + std::to_string((*e)->id_);
     }
@@ -150,11 +180,12 @@ std::string Element::path() const {
 
 const std::string& Element::name() const {
     static const auto& none = *new std::string;
-    return name_ ? *name_ : none;
+    return rare_ ? rare_->name : none;
 }
 
 void Element::setName(std::string name) {
-    name_ = std::make_unique<const std::string>(std::move(name));
+    rare().name = std::move(name);
+    hasName_ = true;
 }
 
 unsigned Element::getId(bool orZero) const {
@@ -175,15 +206,19 @@ inline Element* Element::find(std::string_view name) const {
 }
 
 [[gnu::noinline]] Element* Element::findAnew(std::string_view name) const {
-    if (index_) {
-        Element* e = index_->first(name);
-        while (e && e->kind_ == Kind::Instruction) e = e->nextAlike_;
-        return e;
-    }
+    if (isIndexed()) return index().alike(name).first;
     for (Element* e = first_; e; e = e->next_)
         if (e->tag_.is(name) && e->kind_ != Kind::Instruction) return lastFound_ = e;
     return nullptr;
 }
+
+const Element& Element::holder() const {
+    const Element* e = this;
+    while (const Element* const inner = e->find(valueKey)) e = inner;
+    return *e;
+}
+
+Element& Element::holder() { return const_cast<Element&>(std::as_const(*this).holder()); }
 
 std::shared_ptr<Element> Element::touch(std::string_view name) {
     if (name.empty()) return shared_from_this();
@@ -199,8 +234,12 @@ std::shared_ptr<Element> Element::get(std::string_view name) {
 
 std::vector<std::shared_ptr<Element>> Element::children(std::string_view name) const {
     std::vector<std::shared_ptr<Element>> found;
-    for (Element* e = find(name); e; e = index_ ? e->nextAlike_ : e->next_)
-        if (e->kind_ == Kind::Element && e->tag() == name) found.push_back(e->self_.kept());
+    auto [e, left] = isIndexed() ? index().alike(name) : TagIndex::Alike{first_, childCount_};
+    for (; left > 0 && e; e = e->next_) {
+        if (!e->isKey(name)) continue;
+        --left;
+        if (e->kind_ == Kind::Element) found.push_back(e->self_.kept());
+    }
     return found;
 }
 
@@ -240,7 +279,7 @@ void Element::removeFromParent() noexcept {
     if (!parent_) return;
     Element& parent = *parent_;
     const auto self = parent.unlink(*this);
-    if (parent.index_) parent.index_->dropEmptyRoom(tag());
+    if (parent.isIndexed()) parent.index().dropEmptyRoom(tag());
 }
 
 void Element::moveBefore(Element& child, const Element* next) noexcept {
@@ -256,34 +295,25 @@ void Element::appendNew(std::shared_ptr<Element> child) {
 
 // All of an insertion that may throw.
 inline void Element::makeRoomFor(const Element& child) {
-    if (index_ || childCount_ >= fewChildren) makeRoomInIndexFor(child);
+    if (childCount_ >= fewChildren) makeRoomInIndexFor(child);
 }
 
 void Element::makeRoomInIndexFor(const Element& child) {
-    if (!index_) {
-        auto index = std::make_unique<TagIndex>();
-        for (Element* c = first_; c; c = c->next_) index->makeRoomFor(c->tag());
-        for (Element* c = first_; c; c = c->next_) index->add(*c, nullptr);
-        index_ = std::move(index);
+    if (!isIndexed()) {
+        rare().index = std::make_unique<TagIndex>(first_);
+        childCount_ = fewChildren + 1;
     }
-    index_->makeRoomFor(child.tag());
+    index().makeRoomFor(child.tag());
 }
 
 inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* next) noexcept {
     Element& e = *child;
-    if (index_) {
-        Element* alike = next;
-        while (alike && alike->tag() != e.tag()) alike = alike->next_;
-        index_->add(e, alike);
-    } else {
-        ++childCount_;
-    }
     const bool isNote = e.kind_ != Kind::Element && e.kind_ != Kind::Attribute;
-    if (attr_.value().has_value() && !isNote && e.tag() == valueKey) {
+    if (value_.has_value() && !isNote && e.tag() == valueKey) {
         // Into the innermost key "value" that it brings along.
-        Attr& inner = e.holder().attr_;
-        if (!inner.value().has_value()) inner = std::move(attr_);
-        attr_ = {};
+        std::any& inner = e.holder().value_;
+        if (!inner.has_value()) inner = std::move(value_);
+        value_.reset();
     }
     lastFound_ = nullptr;
     e.parent_ = this;
@@ -291,13 +321,17 @@ inline void Element::insertBefore(std::shared_ptr<Element>&& child, Element* nex
     e.next_ = next;
     (next == first_ ? first_ : e.prev_->next_) = &e;
     (next ? next : first_)->prev_ = &e;
+    if (isIndexed())
+        index().add(e);
+    else
+        ++childCount_;
     e.self_.keep(std::move(child));
 }
 
 std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     std::shared_ptr<Element> self = child.self_.release();
-    if (index_)
-        index_->remove(child);
+    if (isIndexed())
+        index().remove(child);
     else
         --childCount_;
     Element* const next = child.next_;
@@ -308,15 +342,7 @@ std::shared_ptr<Element> Element::unlink(Element& child) noexcept {
     return self;
 }
 
-const Element& Element::holder() const {
-    const Element* e = this;
-    while (const Element* const inner = e->find(valueKey)) e = inner;
-    return *e;
-}
-
-Element& Element::holder() { return const_cast<Element&>(std::as_const(*this).holder()); }
-
-const std::any& Element::value() const { return holder().attr_.value(); }
+const std::any& Element::value() const { return holder().value_; }
 
 const std::any& Element::valueOf(std::string_view name) const {
     static const auto& none = *new std::any;
@@ -353,27 +379,28 @@ trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
 void Element::setValue(const std::any& value) {
     Element& e = holder();
     if (observers().empty()) {
-        if (value.has_value()) return e.attr_.set(value);
-        e.attr_ = {};
+        if (value.has_value()) return Attr::Assign(e.value_, value);
+        e.value_.reset();
         return;
     }
     if (value.has_value()) Attr::Type(value.type());
     const auto kept = e.shared_from_this();
-    std::any old = std::exchange(e.attr_.value_, std::any(value));
+    std::any old = std::exchange(e.value_, std::any(value));
     try {
         observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
     } catch (...) {
-        e.holder().attr_.value_ = std::move(old);
+        e.holder().value_ = std::move(old);
         throw;
     }
 }
 
-void Element::restoreValue(std::any value) { holder().attr_.set(std::move(value)); }
+void Element::restoreValue(std::any value) { Attr::Assign(holder().value_, std::move(value)); }
 
 void Element::setValueFromString(std::string_view text) {
     Element& e = holder();
-    if (observers().empty() && e.attr_.setText(text)) return;
-    setValue(e.ownValue() ? valuetext::parse(e.attr_.type(), text) : std::any(std::string(text)));
+    if (observers().empty() && Attr::AssignText(e.value_, text)) return;
+    setValue(e.ownValue() ? valuetext::parse(Attr::Type(e.value_.type()), text)
+                          : std::any(std::string(text)));
 }
 
 std::string Element::getStringFromValue() const { return valuetext::render(value()); }

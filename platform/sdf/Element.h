@@ -86,7 +86,7 @@ public:
 
     /// The object name; empty when there is none.
     const std::string& name() const;
-    bool hasName() const { return name_ != nullptr; }
+    bool hasName() const { return hasName_; }
     void setName(std::string name);
 
     /// The object id. Without one: 0 if `orZero`, otherwise it
@@ -168,9 +168,9 @@ public:
     /// \throws std::invalid_argument for text that is no value of that type.
     void addAttribute(std::string_view name, std::string_view type, std::string_view value);
 
-    /// The typed value as it stands in this very node, null when there is none;
-    /// for a note, its text.
-    const Attr* ownValue() const { return attr_.value().has_value() ? &attr_ : nullptr; }
+    /// The value as it stands in this very node, null when there is none; for a note,
+    /// its text.
+    const std::any* ownValue() const { return value_.has_value() ? &value_ : nullptr; }
 
     /// \name All nodes in turn, notes and attributes included
     /// @{
@@ -193,6 +193,7 @@ private:
     friend class DocumentReader;
     friend class ElementMirror;
     class TagIndex;
+    struct Rare;
 
     static std::shared_ptr<Element> Make(Kind kind, std::string_view tag);
 
@@ -200,6 +201,10 @@ private:
     Element* findAnew(std::string_view name) const;
     void prefetchTree() const;
     Element* last() const { return first_ ? first_->prev_ : nullptr; }
+    bool isKey(std::string_view name) const { return kind_ != Kind::Instruction && tag() == name; }
+    bool isIndexed() const;
+    TagIndex& index() const;
+    Rare& rare();
     const Element& holder() const;
     Element& holder();
     const std::any& valueOf(std::string_view name) const;
@@ -255,18 +260,15 @@ private:
     Element* next_ = nullptr;
     Element* first_ = nullptr;              // of the children
     mutable Element* lastFound_ = nullptr;  // the first child of its tag
-    Element* prev_ = nullptr;               // of the first child the last one
+    std::any value_;
+    Element* prev_ = nullptr;  // of the first child the last one
     Element* parent_ = nullptr;
-    Attr attr_;
-
-    std::unique_ptr<const std::string> name_;
-    std::unique_ptr<TagIndex> index_;  // once there are many children
-    Element* nextAlike_ = nullptr;     // siblings of one tag, kept by the index
-    Element* prevAlike_ = nullptr;
+    std::unique_ptr<Rare> rare_;
     Place place_;
     unsigned mirrors_ = 0;
     Kind kind_;
     bool wasMirrored_ = false;
+    bool hasName_ = false;
     unsigned char childCount_ = 0;  // while there is no index
 };
 

@@ -44,7 +44,7 @@ host::ElementPtr copyOf(const Element& element) {
     const auto copy = Element::Create(element.tag());
     if (element.getId(true) != 0) copy->setId(element.getId(true));
     if (element.hasName()) copy->setName(element.name());
-    if (element.ownValue()) copy->setValue(element.ownValue()->value());
+    if (element.ownValue()) copy->setValue(*element.ownValue());
     for (const Element* node = element.firstChild(); node; node = node->nextSibling())
         if (node->kind() == Element::Kind::Element) copy->append(copyOf(*node));
     return copy;

@@ -112,7 +112,7 @@ TEST(DocumentForm, KeepsTheTypeOfEveryValue) {
                                             "uint",   "uint64", "double", "vec3", "pose"};
     std::size_t i = 0;
     for (const Element* e = values->firstChild(); e; e = e->nextSibling())
-        EXPECT_EQ(e->ownValue()->type(), types.at(i++));
+        EXPECT_EQ(sdf::Attr::Type(e->ownValue()->type()), types.at(i++));
     EXPECT_EQ(i, types.size());
     EXPECT_EQ(std::any_cast<unsigned long long>(values->get("end")->value()),
               18446744073709551615ull);

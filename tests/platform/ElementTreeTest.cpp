@@ -126,7 +126,7 @@ TEST(ElementTree, MoveBeforeKeepsTheRestInOrder) {
 }
 
 // Whatever happened before, with few children and with many, the tree answers
-// as a plain list of children would.
+// as a plain list of children would. Instructions are no children by tag.
 TEST(ElementTree, AnswersAsAPlainListWould) {
     std::mt19937 random(7);
     const auto below = [&](std::size_t n) { return random() % n; };
@@ -137,7 +137,10 @@ TEST(ElementTree, AnswersAsAPlainListWould) {
         const std::string tag(1, static_cast<char>('a' + below(4)));
         const bool grows = model.size() < (step / 2000 % 2 ? 8 : 60);
         if (model.empty() || (grows && below(3) == 0)) {
-            model.push_back(e->append(tag));
+            const auto isInstruction = below(5) == 0;
+            model.push_back(isInstruction ? e->append(Element::CreateNote(
+                                                Element::Kind::Instruction, tag, "do"))
+                                          : e->append(tag));
         } else if (below(3) == 0) {
             const auto gone = model.begin() + static_cast<long>(below(model.size()));
             (*gone)->removeFromParent();
@@ -159,7 +162,8 @@ TEST(ElementTree, AnswersAsAPlainListWould) {
         most = std::max(most, model.size());
         Row alike;
         for (const auto& child : model)
-            if (child->tag() == tag) alike.push_back(child);
+            if (child->tag() == tag && child->kind() == Element::Kind::Element)
+                alike.push_back(child);
         ASSERT_EQ(e->children(tag), alike) << "in step " << step;
         ASSERT_EQ(e->get(tag), alike.empty() ? nullptr : alike.front());
         ASSERT_EQ(rowOf(*e), model);
@@ -216,6 +220,24 @@ TEST(ElementCost, TakingAChildOutDoesNotGrowWithItsSiblings) {
     };
     const double few = leastTime([] { return longRow(2000); }, takeOut);
     const double many = leastTime([] { return longRow(200000); }, takeOut);
+    EXPECT_LT(many, generous * few);
+}
+
+TEST(ElementCost, TakingTheFirstOfItsTagOutDoesNotGrowWithItsSiblings) {
+    const auto mixedRow = [](std::size_t size) {
+        LongRow row{Element::Create("root"), {}};
+        for (std::size_t i = 0; i < size; ++i) {
+            row.parent->append("connection");
+            const auto child = row.parent->append("smart_component");
+            if (row.middle.size() < 1000) row.middle.push_back(child);
+        }
+        return row;
+    };
+    const auto takeOut = [](LongRow& row) {
+        for (const auto& child : row.middle) child->removeFromParent();
+    };
+    const double few = leastTime([&] { return mixedRow(2000); }, takeOut);
+    const double many = leastTime([&] { return mixedRow(200000); }, takeOut);
     EXPECT_LT(many, generous * few);
 }
 
