@@ -210,8 +210,10 @@ TREL_INLINED_IN_TAIL_CALLER SmartComponent* SmartComponent::firstTaker(
     TableReading reading;
     auto& owner = as<Aggregation>(reading.next(getObjParentId()));
     passing.begin(owner, id(), *source);
-    if (DeliveryObserver::present()) [[unlikely]]
-        return passObserved(reading, *passing.open_, value);
+    if (DeliveryObserver::present()) [[unlikely]] {
+        passObserved(reading, *passing.open_, value);
+        return nullptr;
+    }
     return nextTaker(reading, *passing.open_, value);
 }
 
@@ -266,9 +268,9 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
     }
 }
 
-// All of it: null, for nobody is left.
-[[gnu::noinline]] SmartComponent* SmartComponent::passObserved(
-    TableReading& reading, Passing::Open& open, const std::string& value) {
+// All of it: nobody is left then.
+[[gnu::noinline]] void SmartComponent::passObserved(TableReading& reading, Passing::Open& open,
+                                                    const std::string& value) {
     while (open.walk.next()) {
         if (!open.walk.announce(reading, {}, &value)) continue;
         if (SmartComponent* const taker = takerOf(reading, open, value))
@@ -277,7 +279,6 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
         open.walk.done({}, &value);
     }
     reading.end();
-    return nullptr;
 }
 
 TREL_INLINED inline SmartComponent* SmartComponent::nextTaker(

@@ -308,8 +308,7 @@ private:
     void passFurther(const std::string& value, Passing& passing);
     void passInwards(Property& source, const std::string& value);
     void passAlong(Passing::Open& open, const std::string& value);
-    SmartComponent* passObserved(TableReading& reading, Passing::Open& open,
-                                 const std::string& value);
+    void passObserved(TableReading& reading, Passing::Open& open, const std::string& value);
     SmartComponent* nextTaker(TableReading& reading, Passing::Open& open, const std::string& value);
     SmartComponent* takerOf(TableReading& reading, Passing::Open& open, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
