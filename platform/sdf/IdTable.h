@@ -73,6 +73,7 @@ public:
     }
     const_iterator end() const { return const_iterator(&places_.back()); }
 
+    // Always inline: the call would cost as much as the look-up.
     [[gnu::always_inline]] const_iterator find(unsigned id) const {
         const Entry& place = places_[placeOf(id)];
         return isVacant(place) ? end() : const_iterator(&place);
