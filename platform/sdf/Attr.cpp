@@ -29,7 +29,8 @@ bool assignAs(std::any& to, const std::any& from) {
 
 }  // namespace
 
-void Attr::Assign(std::any& held, const std::any& value) {
+// Flattened: asking a std::any what it holds would be a call, and each as long as all of this.
+[[gnu::flatten]] void Attr::Assign(std::any& held, const std::any& value) {
     // What changes again and again keeps its type, and then its place.
     if (assignAs<int>(held, value) || assignAs<std::string>(held, value) ||
         assignAs<double>(held, value) || assignAs<trel::rob::Vec3Template<double>>(held, value) ||
