@@ -96,7 +96,13 @@ void RemoveSmartComponent(unsigned id) {
     component.retire();
 }
 
-void RemoveSubSmartComponent(unsigned id) { objectAs<SmartComponent>(id).retire(); }
+void RemoveSubSmartComponent(unsigned id) {
+    sdf::SdfObject* const object = objectAt(id);
+    prefetch(object, sizeof(SmartComponent));
+    auto& component = as<SmartComponent>(object);
+    component.prefetchParts();
+    component.retire();
+}
 
 const std::list<SmartComponent*>& GetAllSmartComponents() {
     return Manager::inst()->roster().all();
