@@ -37,7 +37,8 @@ public:
 /// child "value" stands, it holds it.
 ///
 /// Finding a key, taking a child out and appending one cost the same however
-/// many siblings there are.
+/// many siblings there are; only after the first of a tag the next one is searched
+/// for, which over all that are taken out passes each sibling once.
 class TREL_PLATFORM_API Element {
     struct Key {};  // only Create makes elements
 
