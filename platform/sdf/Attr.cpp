@@ -27,17 +27,22 @@ bool assignAs(std::any& to, const std::any& from) {
     return given != nullptr;
 }
 
-}  // namespace
-
-// Flattened: asking a std::any what it holds would be a call, and each as long as all of this.
-[[gnu::flatten]] void Attr::Assign(std::any& held, const std::any& value) {
-    // What changes again and again keeps its type, and then its place.
-    if (assignAs<int>(held, value) || assignAs<std::string>(held, value) ||
-        assignAs<double>(held, value) || assignAs<trel::rob::Vec3Template<double>>(held, value) ||
+// Any but a number that stays one: apart, so that such a one needs no registers for it.
+[[gnu::flatten, gnu::noinline]] void assignOther(std::any& held, const std::any& value) {
+    if (assignAs<std::string>(held, value) || assignAs<double>(held, value) ||
+        assignAs<trel::rob::Vec3Template<double>>(held, value) ||
         assignAs<trel::rob::PoseTemplate<double>>(held, value))
         return;
-    Type(value.type());  // may throw: the old value stays
+    Attr::Type(value.type());  // may throw: the old value stays
     held = value;
+}
+
+}  // namespace
+
+// What changes again and again keeps its type, and then its place. Flattened: asking a std::any
+// what it holds would be a call, and each as long as all of this.
+[[gnu::flatten]] void Attr::Assign(std::any& held, const std::any& value) {
+    if (!assignAs<int>(held, value)) assignOther(held, value);
 }
 
 void Attr::Assign(std::any& held, std::any&& value) {

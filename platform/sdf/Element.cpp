@@ -20,11 +20,7 @@ constexpr std::string_view valueKey = "value";
 // With more children than this, keys are found through an index.
 constexpr unsigned fewChildren = 16;
 
-// Never destroyed: elements are written to until the very end of a process.
-Subscribers<ValueObserver>& observers() {
-    static auto* const all = new Subscribers<ValueObserver>;
-    return *all;
-}
+constinit LastingSubscribers<ValueObserver> observers;
 
 struct TextHash : std::hash<std::string_view> {
     using is_transparent = void;
@@ -220,7 +216,13 @@ const Element& Element::holder() const {
 
 Element& Element::holder() { return const_cast<Element&>(std::as_const(*this).holder()); }
 
+// What is found at once, as mostly, needs no frame; what waits for a call stands apart.
 std::shared_ptr<Element> Element::touch(std::string_view name) {
+    if (lastFound_ && lastFound_->tag_.isShort(name)) return lastFound_->self_.kept();
+    return touchAnew(name);
+}
+
+[[gnu::noinline]] std::shared_ptr<Element> Element::touchAnew(std::string_view name) {
     if (name.empty()) return shared_from_this();
     if (const Element* const key = find(name)) return key->self_.kept();
     return append(name);
@@ -377,8 +379,13 @@ trel::rob::PoseTemplate<double> Element::asPose(std::string_view name) const {
 }
 
 void Element::setValue(const std::any& value) {
+    if (!first_ && observers.all.empty() && value.has_value()) return Attr::Assign(value_, value);
+    setValueOfHolder(value);
+}
+
+[[gnu::noinline]] void Element::setValueOfHolder(const std::any& value) {
     Element& e = holder();
-    if (observers().empty()) {
+    if (observers.all.empty()) {
         if (value.has_value()) return Attr::Assign(e.value_, value);
         e.value_.reset();
         return;
@@ -387,7 +394,7 @@ void Element::setValue(const std::any& value) {
     const auto kept = e.shared_from_this();
     std::any old = std::exchange(e.value_, std::any(value));
     try {
-        observers().tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
+        observers.all.tell([&](ValueObserver& observer) { observer.valueWritten(e, value); });
     } catch (...) {
         e.holder().value_ = std::move(old);
         throw;
@@ -398,7 +405,7 @@ void Element::restoreValue(std::any value) { Attr::Assign(holder().value_, std::
 
 void Element::setValueFromString(std::string_view text) {
     Element& e = holder();
-    if (observers().empty() && Attr::AssignText(e.value_, text)) return;
+    if (observers.all.empty() && Attr::AssignText(e.value_, text)) return;
     setValue(e.ownValue() ? valuetext::parse(Attr::Type(e.value_.type()), text)
                           : std::any(std::string(text)));
 }
@@ -416,9 +423,9 @@ void Element::addAttribute(std::string_view name, std::string_view type, std::st
     key->setValue(parsed);
 }
 
-void Element::Subscribe(ValueObserver& observer) { observers().add(observer); }
+void Element::Subscribe(ValueObserver& observer) { observers.all.add(observer); }
 
-void Element::Unsubscribe(ValueObserver& observer) { observers().remove(observer); }
+void Element::Unsubscribe(ValueObserver& observer) { observers.all.remove(observer); }
 
 ElementMirror::ElementMirror(std::shared_ptr<Element> element) : element_(std::move(element)) {
     if (!element_) throw std::invalid_argument("a document object needs an element");

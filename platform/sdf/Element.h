@@ -200,6 +200,8 @@ private:
 
     Element* find(std::string_view name) const;
     Element* findAnew(std::string_view name) const;
+    std::shared_ptr<Element> touchAnew(std::string_view name);
+    void setValueOfHolder(const std::any& value);
     void prefetchTree() const;
     Element* last() const { return first_ ? first_->prev_ : nullptr; }
     bool isKey(std::string_view name) const { return kind_ != Kind::Instruction && tag() == name; }

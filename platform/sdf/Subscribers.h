@@ -48,7 +48,8 @@ private:
     class UnderWay {
     public:
         explicit UnderWay(Subscribers& owner) : owner_(owner) { ++owner_.depth_; }
-        ~UnderWay() {
+        // Inline for exceptions, too: one call, and it would have to stand in memory.
+        [[gnu::always_inline]] ~UnderWay() {
             if (--owner_.depth_ == 0 && owner_.hasLeft_) owner_.sweep();
         }
         UnderWay(const UnderWay&) = delete;
@@ -58,7 +59,7 @@ private:
         Subscribers& owner_;
     };
 
-    void sweep() {
+    [[gnu::noinline]] void sweep() {
         std::erase(all_, nullptr);
         hasLeft_ = false;
     }
@@ -66,6 +67,16 @@ private:
     std::vector<Subscriber*> all_;
     bool hasLeft_ = false;  // during a notice; its place is empty
     std::size_t depth_ = 0;
+};
+
+/// Subscribers for as long as the process: there before the first static object is made, and
+/// not destroyed, since there are notices until the very end.
+template <typename Subscriber>
+union LastingSubscribers {
+    constexpr LastingSubscribers() : all() {}
+    ~LastingSubscribers() {}
+
+    Subscribers<Subscriber> all;
 };
 
 }  // namespace sdf

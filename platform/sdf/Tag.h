@@ -33,8 +33,12 @@ public:
     std::string_view text() const { return {isInPlace() ? bytes_.data() : whole(), size_}; }
 
     bool is(std::string_view text) const {
-        if (size_ != text.size()) return false;
-        if (!isInPlace()) return this->text() == text;
+        return isInPlace() ? isShort(text) : this->text() == text;
+    }
+
+    /// The same for a tag that stands in place; false for every other one.
+    bool isShort(std::string_view text) const {
+        if (size_ != text.size() || !isInPlace()) return false;
         const char* const own = bytes_.data();
         if (size_ >= sizeof(std::uint64_t)) return agree<std::uint64_t>(own, text);
         if (size_ >= sizeof(std::uint32_t)) return agree<std::uint32_t>(own, text);
