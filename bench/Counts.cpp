@@ -79,6 +79,7 @@ int main() {
     using namespace trel::bench;
     const Graph line = chain(1000);
     countDynamic("chain", line, StationNet::Of::Connections);
+    countDynamic("fan-out 100", fanOut(100), StationNet::Of::Connections);
     countDynamic("pulse chain", line, StationNet::Of::Pulses);
     countStatic("static chain", line);
     countTexts("property chain", line);

@@ -137,14 +137,22 @@ void Aggregation::handleInputSignal(unsigned signalId, int value, long long time
     if (!since.signal(id(), signalId)) propagateDynamicInputSignal(signalId, value, time);
 }
 
-void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
+template <typename Value, typename Deliver>
+TREL_INLINED inline void Aggregation::propagateInwards(SCSignal& source, const Value& value,
+                                                       const Deliver& deliver) {
+    const Wiring* const wiring = Walk::known(*this, source);
+    if (Walk::leadsNowhere(source, wiring)) return;
     TableReading reading;
-    deliverAlong(reading, *this, id(), signalAt(signalId), value, InwardDelivery{time});
+    deliverAlong(reading, *this, id(), source, wiring, value, deliver);
 }
 
-inline void Aggregation::propagateStaticInputSignal(SCSignal& source, const SignalValue& value) {
-    TableReading reading;
-    deliverAlong(reading, *this, id(), source, value, StaticDelivery());
+void Aggregation::propagateDynamicInputSignal(unsigned signalId, int value, long long time) {
+    propagateInwards(signalAt(signalId), value, InwardDelivery{time});
+}
+
+TREL_INLINED inline void Aggregation::propagateStaticInputSignal(SCSignal& source,
+                                                                 const SignalValue& value) {
+    propagateInwards(source, value, StaticDelivery());
 }
 
 void Aggregation::setStaticInputSignal(unsigned signalId, SignalValue value) {

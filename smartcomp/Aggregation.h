@@ -178,6 +178,8 @@ private:
     std::size_t placeOf(const Connection& connection) const;
     void swapWithNeighbour(unsigned id, int step);
     void writeXY(unsigned childId, int x, int y);
+    template <typename Value, typename Deliver>
+    void propagateInwards(SCSignal& source, const Value& value, const Deliver& deliver);
     void propagateDynamicInputSignal(unsigned signalId, int value, long long time);
     SCSignal* beginStaticInput(unsigned signalId, const SignalValue& value);
     void propagateStaticInputSignal(SCSignal& source, const SignalValue& value);

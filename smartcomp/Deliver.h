@@ -20,7 +20,7 @@ TREL_INLINED inline void SmartComponent::setStatic(unsigned id, InputHint& hint,
     const NestedHold hold(*this);
     if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
         hint.ahead = aheadOfSignal();
-    if (hint.isInput)
+    if (hint.isInput) [[likely]]
         setStaticInputSignal(id, value);
     else
         setStaticOutputSignal(id, value);
@@ -33,7 +33,7 @@ TREL_INLINED inline void SmartComponent::handle(unsigned id, InputHint& hint, in
     const NestedHold hold(*this);
     if (!hint.ahead.isOf(held_.lastSignal)) [[unlikely]]
         hint.ahead = aheadOfSignal();
-    if (hint.isInput)
+    if (hint.isInput) [[likely]]
         handleInputSignal(id, value, time);
     else
         handleOutputSignal(id, value, time);
@@ -87,38 +87,35 @@ struct SmartComponent::InwardDelivery {
 /// Delivers as `deliverAlong` does while somebody observes: apart from it, because
 /// deliveries nest and have no stack to spare.
 template <typename Value, typename Deliver>
-[[gnu::noinline]] void deliverObserved(TableReading& reading, Aggregation& owner,
-                                       unsigned component, SCSignal& source, const Value& value,
-                                       Deliver deliver) {
+[[gnu::noinline]] void deliverObserved(Aggregation& owner, unsigned component, SCSignal& source,
+                                       Value value, Deliver deliver) {
     Walk walk(owner, component, source, Walk::known(owner, source));
     while (walk.next()) {
         sdf::SdfObject* same = nullptr;
         const auto deliverOne = [&](const Value& one) {
-            if (!walk.announce(reading, one)) return;
-            same = deliver(same ? same : reading.last(walk.component()), walk.member(), walk.hint(),
-                           one);
+            if (!walk.announce(one)) return;
+            same =
+                deliver(same ? same : objectAt(walk.component()), walk.member(), walk.hint(), one);
             walk.done(one);
         };
         deliverOne(value);
         if (source.isAutoReset() && walk.reaches()) deliverOne(Value(0));
     }
-    reading.end();
 }
 
 /// Delivers `value` along the signal connections of `owner` that begin at
 /// `source`, a signal of `component`, front to back. An auto-reset signal sends a
 /// pulse: each destination gets 0 right after the value. Who calls holds the
-/// component, and may have begun to read the object table.
+/// component, may have begun to read the object table, and gives the wiring that is known.
 template <typename Value, typename Deliver>
 TREL_INLINED inline void deliverAlong(TableReading& reading, Aggregation& owner, unsigned component,
-                                      SCSignal& source, const Value& value,
+                                      SCSignal& source, const Wiring* wiring, const Value& value,
                                       const Deliver& deliver) {
     static constexpr Value zero(0);
-    const Wiring* const wiring = Walk::known(owner, source);
-    // As most have.
-    if (wiring && Walk::leadsNowhere(source)) return reading.end();
-    if (DeliveryObserver::present()) [[unlikely]]
-        return deliverObserved(reading, owner, component, source, value, deliver);
+    if (DeliveryObserver::present()) [[unlikely]] {
+        reading.end();
+        return deliverObserved(owner, component, source, value, deliver);
+    }
     Walk walk(owner, component, source, wiring);
     while (walk.next()) {
         sdf::SdfObject* const same =

@@ -17,7 +17,9 @@ public:
 
     /// May destroy the component.
     [[gnu::always_inline]] ~NestedHold() {
-        if (--component_.held_.holds == 0 && component_.held_.remains) component_.bury();
+        --component_.held_.holds;
+        if (component_.held_.remains && component_.held_.holds == 0) [[unlikely]]
+            component_.bury();
     }
     NestedHold(const NestedHold&) = delete;
     NestedHold& operator=(const NestedHold&) = delete;

@@ -77,7 +77,7 @@ inline std::shared_ptr<sdf::Element> elementAt(unsigned id) {
 class TableReading {
 public:
     TableReading() = default;
-    ~TableReading() { end(); }
+    TREL_INLINED ~TableReading() { end(); }
     TableReading(const TableReading&) = delete;
     TableReading& operator=(const TableReading&) = delete;
 
@@ -94,7 +94,7 @@ public:
         return object;
     }
 
-    void end() {
+    TREL_INLINED void end() {
         if (manager_) std::exchange(manager_, nullptr)->mutex().unlock_shared();
     }
 

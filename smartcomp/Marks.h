@@ -26,12 +26,12 @@ public:
     Marks& operator=(const Marks& other) { return *this = Marks(other); }
     Marks& operator=(Marks&&) = default;
 
-    bool empty() const { return !hasOne_ && noOthers(); }
+    bool empty() const { return !hasOne_; }
 
     /// The value that `id` is being set to; null when it is not being set.
     const Value* find(unsigned id) const {
         if (hasOne_ && id_ == id) return &value_;
-        return noOthers() ? nullptr : others_->find(id);
+        return others_ ? others_->find(id) : nullptr;
     }
 
     /// All of them.
@@ -44,7 +44,7 @@ public:
     /// A mark that is there keeps its value.
     template <typename Given>
     void begin(unsigned id, const Given& value) {
-        if (!hasOne_ && noOthers()) {
+        if (!hasOne_) [[likely]] {
             set(value_, value);
             id_ = id;
             hasOne_ = true;
@@ -55,10 +55,11 @@ public:
 
     /// Nothing when there is none.
     void end(unsigned id) {
-        if (hasOne_ && id_ == id)
+        if (!hasOne_) return;
+        if (others_) [[unlikely]]
+            endAmongOthers(id);
+        else if (id_ == id)
             hasOne_ = false;
-        else if (!noOthers())
-            others_->end(id);
     }
 
     void clear() {
@@ -91,6 +92,12 @@ private:
         void end(unsigned id) {
             if (auto entry = table_.extract(id)) spare_ = std::move(entry);
         }
+        // Ends any of them, and gives what it was; there is one.
+        void endAny(unsigned& id, Value& value) {
+            spare_ = table_.extract(table_.begin());
+            id = spare_.key();
+            std::swap(value, spare_.mapped());
+        }
 
     private:
         using Table = std::unordered_map<unsigned, Value>;
@@ -99,11 +106,18 @@ private:
         typename Table::node_type spare_;
     };
 
-    bool noOthers() const { return !others_ || others_->empty(); }
-
     [[gnu::noinline]] void beginAnother(unsigned id, const Value& value) {
         if (!others_) others_ = std::make_unique<Others>();
         others_->begin(id, value);
+    }
+
+    [[gnu::noinline]] void endAmongOthers(unsigned id) {
+        if (id_ != id)
+            others_->end(id);
+        else if (others_->empty())
+            hasOne_ = false;
+        else
+            others_->endAny(id_, value_);
     }
 
     // A number is made where it stands: what is written in parts and read as a whole keeps
@@ -118,7 +132,7 @@ private:
 
     Value value_{};  // of the one; stays for the next when its mark ends
     unsigned id_ = 0;
-    bool hasOne_ = false;
+    bool hasOne_ = false;  // as long as there are others, too
     std::unique_ptr<Others> others_;
 };
 

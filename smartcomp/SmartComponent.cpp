@@ -120,9 +120,13 @@ SignalInterface* SmartComponent::getSignal(unsigned id) const { return atFew(sig
 
 // Only addSignal enters signals, and it takes nothing else.
 SCSignal& SmartComponent::signalAt(unsigned id) const {
-    if (!held_.lastSignal || held_.lastSignal->id() != id)
-        held_.lastSignal = static_cast<SCSignal*>(getSignal(id));
+    if (!held_.lastSignal || held_.lastSignal->id() != id) [[unlikely]]
+        held_.lastSignal = findSignal(id);
     return *held_.lastSignal;
+}
+
+[[gnu::noinline]] SCSignal* SmartComponent::findSignal(unsigned id) const {
+    return static_cast<SCSignal*>(getSignal(id));
 }
 
 Ahead SmartComponent::aheadOfSignal() const {
@@ -211,7 +215,8 @@ TREL_INLINED_IN_TAIL_CALLER SmartComponent* SmartComponent::firstTaker(
     auto& owner = as<Aggregation>(reading.next(getObjParentId()));
     passing.begin(owner, id(), *source);
     if (DeliveryObserver::present()) [[unlikely]] {
-        passObserved(reading, *passing.open_, value);
+        reading.end();
+        passObserved(*passing.open_, value);
         return nullptr;
     }
     return nextTaker(reading, *passing.open_, value);
@@ -259,26 +264,24 @@ bool SmartComponent::shouldSetProperty(unsigned id, const std::string& value) {
 
 // Offers the text to every property that a binding still leads to.
 [[gnu::noinline]] void SmartComponent::passAlong(Passing::Open& open, const std::string& value) {
-    TableReading reading;
     if (DeliveryObserver::present()) [[unlikely]]
-        passObserved(reading, open, value);
+        return passObserved(open, value);
+    TableReading reading;
     while (SmartComponent* const taker = nextTaker(reading, open, value)) {
         taker->setPropertyValue(open.walk.member(), value);
         open.hold.reset();
     }
 }
 
-// All of it: nobody is left then.
-[[gnu::noinline]] void SmartComponent::passObserved(TableReading& reading, Passing::Open& open,
-                                                    const std::string& value) {
+[[gnu::noinline]] void SmartComponent::passObserved(Passing::Open& open, const std::string& value) {
+    TableReading reading;
     while (open.walk.next()) {
-        if (!open.walk.announce(reading, {}, &value)) continue;
+        if (!open.walk.announce({}, &value)) continue;
         if (SmartComponent* const taker = takerOf(reading, open, value))
             taker->setPropertyValue(open.walk.member(), value);
         open.hold.reset();
         open.walk.done({}, &value);
     }
-    reading.end();
 }
 
 TREL_INLINED inline SmartComponent* SmartComponent::nextTaker(
@@ -374,15 +377,36 @@ bool SmartComponent::isCutOff(const Removals::Since& since, unsigned signalId) c
     return since.any() && (since.signal(id(), signalId) || since.component(getObjParentId()));
 }
 
-inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
-                                                        const SignalValue& value) {
-    if (getObjParentId() == 0) return;
+// Marks the value for as long as it goes along the connections of the parent. Most outputs
+// lead nowhere, and there nobody could come by the mark; but who is interrupted stays marked.
+template <typename Value, typename Deliver>
+TREL_INLINED inline void SmartComponent::propagate(SCSignal& source, const Value& value,
+                                                   const Deliver& deliver) {
     TableReading reading;
-    deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
-                 StaticDelivery());
+    Aggregation* parent = nullptr;
+    try {
+        parent = &as<Aggregation>(reading.next(getObjParentId()));
+    } catch (...) {
+        settingSignalValues_.begin(source.id(), value);
+        throw;
+    }
+    const Wiring* const wiring = Walk::known(*parent, source);
+    if (Walk::leadsNowhere(source, wiring)) return;
+    settingSignalValues_.begin(source.id(), value);
+    deliverAlong(reading, *parent, id(), source, wiring, value, deliver);
 }
 
-// Stores, tells and marks the value; null when it is not to be delivered.
+inline void SmartComponent::propagateStaticOutputSignal(SCSignal& source,
+                                                        const SignalValue& value) {
+    if (getObjParentId() != 0) propagate(source, value, StaticDelivery());
+}
+
+template <typename Value>
+inline bool SmartComponent::isBeingSet(unsigned id, const Value& value) {
+    return !settingSignalValues_.empty() && checkSignalIsSet(id, value);
+}
+
+// Stores and tells the value; null when it is not to be delivered.
 TREL_INLINED inline SCSignal* SmartComponent::beginStaticOutput(unsigned id,
                                                                 const SignalValue& value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
@@ -393,9 +417,7 @@ TREL_INLINED inline SCSignal* SmartComponent::beginStaticOutput(unsigned id,
     // An analog one, too, is the int 0 after its pulse.
     if (signal.isAutoReset()) signal.setValue(0);
     notifySignalValueChanged(id);
-    if (isCutOff(since, id)) return nullptr;
-    settingSignalValues_.begin(id, value);
-    return &signal;
+    return isCutOff(since, id) ? nullptr : &signal;
 }
 
 void SmartComponent::setStaticOutputSignal(unsigned id, SignalValue value) {
@@ -427,13 +449,10 @@ void SmartComponent::handleSignalValue(unsigned id, int value, long long time) {
 
 inline void SmartComponent::propagateDynamicOutputSignal(SCSignal& source, int value,
                                                          long long time) {
-    if (isStationLogic()) return;
-    TableReading reading;
-    deliverAlong(reading, as<Aggregation>(reading.next(getObjParentId())), id(), source, value,
-                 DynamicDelivery{time});
+    if (!isStationLogic()) propagate(source, value, DynamicDelivery{time});
 }
 
-// Stores, tells and marks the value; null when it is not to be delivered.
+// Stores and tells the value; null when it is not to be delivered.
 TREL_INLINED inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, int value) {
     if (isRemoved() || isBeingSet(id, value)) return nullptr;
     SCSignal& signal = signalAt(id);
@@ -444,9 +463,7 @@ TREL_INLINED inline SCSignal* SmartComponent::beginDynamicOutput(unsigned id, in
     // Back to what it was, where a static pulse ends at 0.
     if (signal.isAutoReset()) signal.setValue(old);
     notifySignalValueChanged(id);
-    if (isCutOff(since, id)) return nullptr;
-    settingSignalValues_.begin(id, value);
-    return &signal;
+    return isCutOff(since, id) ? nullptr : &signal;
 }
 
 void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) {
@@ -460,10 +477,6 @@ void SmartComponent::handleOutputSignal(unsigned id, int value, long long time) 
 }
 
 // The marks of what is being set.
-
-bool SmartComponent::isBeingSet(unsigned id, const SignalValue& value) {
-    return !settingSignalValues_.empty() && checkSignalIsSet(id, value);
-}
 
 bool SmartComponent::checkSignalIsSet(unsigned id, SignalValue value) {
     const SignalValue* const set = settingSignalValues_.find(id);

@@ -272,6 +272,7 @@ private:
     };
 
     Property* findProperty(unsigned id) const;
+    SCSignal* findSignal(unsigned id) const;
     bool renew(InputHint& hint, unsigned signalId) const;
     Ahead aheadOfSignal() const;
     Ahead aheadOfProperty() const;
@@ -308,15 +309,18 @@ private:
     void passFurther(const std::string& value, Passing& passing);
     void passInwards(Property& source, const std::string& value);
     void passAlong(Passing::Open& open, const std::string& value);
-    void passObserved(TableReading& reading, Passing::Open& open, const std::string& value);
+    void passObserved(Passing::Open& open, const std::string& value);
     SmartComponent* nextTaker(TableReading& reading, Passing::Open& open, const std::string& value);
     SmartComponent* takerOf(TableReading& reading, Passing::Open& open, const std::string& value);
     bool refusesObject(SmartComponent& destination, unsigned destinationId,
                        const std::string& value) const;
     SCSignal* beginStaticOutput(unsigned id, const SignalValue& value);
     SCSignal* beginDynamicOutput(unsigned id, int value);
-    bool isBeingSet(unsigned id, const SignalValue& value);
+    template <typename Value>
+    bool isBeingSet(unsigned id, const Value& value);
     bool isCutOff(const Removals::Since& since, unsigned signalId) const;
+    template <typename Value, typename Deliver>
+    void propagate(SCSignal& source, const Value& value, const Deliver& deliver);
     void propagateStaticOutputSignal(SCSignal& source, const SignalValue& value);
     void propagateDynamicOutputSignal(SCSignal& source, int value, long long time);
 

@@ -59,9 +59,7 @@ bool Walk::suits(const Connection& connection) const {
     in_ = In::Frozen;
 }
 
-bool Walk::announce(TableReading& reading, const SignalValue& value,
-                    const std::string* text) const {
-    reading.end();
+bool Walk::announce(const SignalValue& value, const std::string* text) const {
     DeliveryObserver* const observer = DeliveryObserver::present();
     return !observer || (observer->before(delivery(value, text)) && reaches());
 }

@@ -30,9 +30,9 @@ public:
         return wiring && wiring->knows(source.routeHint_) ? wiring : nullptr;
     }
 
-    /// Whether a source whose routes are known has none.
-    static bool leadsNowhere(const SCSignal& source) {
-        return source.routeHint_.first == source.routeHint_.end;
+    /// Whether a source is known to have no routes, as most are. `wiring` is the known one.
+    static bool leadsNowhere(const SCSignal& source, const Wiring* wiring) {
+        return wiring && source.routeHint_.first == source.routeHint_.end;
     }
 
     /// A walk along the connections that begin at a signal of a component, or along
@@ -62,7 +62,7 @@ public:
     /// Goes to the next connection that begins there now and whose destination was
     /// not removed since the walk began; false when there is none, or when its source
     /// or the aggregation was removed.
-    bool next() {
+    TREL_INLINED bool next() {
         if (in_ != In::Routes || since_.any()) [[unlikely]]
             return nextClosely();
         if (place_ == end_) return false;
@@ -97,10 +97,9 @@ public:
 
     bool isSourceGone() const { return since_.any() && isGone(component_, member_); }
 
-    /// Whether the observer lets the next delivery through. The object table is not read
-    /// meanwhile: `reading` ends, and whom the observer removes gets nothing.
-    bool announce(TableReading& reading, const SignalValue& value,
-                  const std::string* text = nullptr) const;
+    /// Whether the observer lets the next delivery through; whom it removes gets nothing. Not
+    /// while the object table is read.
+    bool announce(const SignalValue& value, const std::string* text = nullptr) const;
     void done(const SignalValue& value, const std::string* text = nullptr) const;
 
     /// Keeps what is yet to serve, once.

@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <variant>
 
+#include "platform/broker/SignalBroker.h"
 #include "tests/smartcomp/SignalCell.h"
 
 namespace trel::test {
@@ -309,6 +310,24 @@ TEST_F(DynamicSignalTest, AStaticDoubleInADynamicRingIsAConflict) {
     freshLog();
     a.handleSignalValue(2, 0, 6);
     EXPECT_EQ(log().events(), Lines{});
+}
+
+// Also where nothing is delivered, and whether the routes are known already or not.
+TEST_F(DynamicSignalTest, AMarkThatAListenerLeavesEndsWithTheSettingThatToldIt) {
+    struct Leaving : broker::Listener {
+        explicit Leaving(Plain& at) : component(at) { broker::SignalBroker::subscribe(*this); }
+        ~Leaving() override { broker::SignalBroker::unsubscribe(*this); }
+        void scSignalValueChanged(unsigned id, unsigned) override { markSignal(component, id, -1); }
+        Plain& component;
+    };
+    Plain& a = make(10, "A");
+    const Leaving listener(a);
+    for (int value = 1; value <= 20; ++value) {
+        a.handleSignalValue(2, value, now);
+        EXPECT_TRUE(settingSignals(a).empty()) << value;
+        a.setStaticSignalValue(2, -value);
+        EXPECT_TRUE(settingSignals(a).empty()) << value;
+    }
 }
 
 // ---- What a throw leaves

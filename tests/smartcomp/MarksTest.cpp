@@ -41,8 +41,11 @@ TEST(Marks, EndInAnyOrder) {
             for (const unsigned id : {1u, 2u, 3u}) marks.begin(id, id);
             marks.end(first);
             marks.end(second);
-            for (const unsigned id : {1u, 2u, 3u})
-                EXPECT_EQ(marks.find(id) != nullptr, id != first && id != second) << id;
+            for (const unsigned id : {1u, 2u, 3u}) {
+                const unsigned* const value = marks.find(id);
+                EXPECT_EQ(value != nullptr, id != first && id != second) << id;
+                EXPECT_TRUE(!value || *value == id) << id;
+            }
             for (const unsigned id : {1u, 2u, 3u}) marks.end(id);
             EXPECT_TRUE(marks.empty());
         }
