@@ -7,10 +7,15 @@ namespace trel::smartcomp {
 
 // Apart from the deliveries, most of which begin where the routes are known.
 [[gnu::noinline]] void Walk::followAnew(RouteHint& hint) {
-    if (const Wiring* const wiring = owner().wiring(over_)) {
-        wiring->find(component_, member_, hint);
-        follow(*wiring, hint);
+    const Wiring* const wiring = owner().wiring(over_);
+    if (!wiring) {
+        routes_ = nullptr;
+        end_ = 0;
+        in_ = In::Order;
+        return;
     }
+    wiring->find(component_, member_, hint);
+    follow(*wiring, hint);
 }
 
 [[gnu::noinline]] bool Walk::nextClosely() {

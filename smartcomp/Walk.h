@@ -135,14 +135,14 @@ private:
     const NestedHold hold_;
     const Removals::Since since_;
     Walk* const outer_;
-    const Wiring::Route* routes_ = nullptr;
-    Connection::End destination_ = 0;
+    const Wiring::Route* routes_;  // given where the walk begins to follow
+    Connection::End destination_;  // given by `next`
     const unsigned component_;
     const unsigned member_;
     unsigned place_ = 0;  // of the next
-    unsigned end_ = 0;
+    unsigned end_;
     const Over over_;
-    In in_ = In::Order;
+    In in_;
 };
 
 }  // namespace trel::smartcomp
