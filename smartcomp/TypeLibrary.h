@@ -13,7 +13,8 @@ TREL_API void trelRegisterComponents();
 namespace trel::smartcomp {
 
 /// Changes whenever a class that types derive from changes its layout or its
-/// table of virtual operations, and so does one whose inline functions they use.
-inline constexpr int typeLibraryAbi = 9;
+/// table of virtual operations, and when one whose inline functions they use changes its
+/// layout or what it takes for granted of its members.
+inline constexpr int typeLibraryAbi = 10;
 
 }  // namespace trel::smartcomp
